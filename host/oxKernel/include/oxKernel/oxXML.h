@@ -1,0 +1,226 @@
+// The host XML factory, reader and writer.
+//
+// oxXMLReader is a cursor over a parsed document (pugixml, parsed in place in
+// the reader's own copy of the bytes). The cursor stands on one element at a
+// time; MoveNext walks the elements of the current level, EnterChildren and
+// LeaveChildren step down and up. Comments and processing instructions are
+// not visible; text nodes are reached through the text operations.
+//
+// oxXMLWriter streams elements into a memory buffer and writes the buffer to
+// its file when it is closed. Two rules make any sequence of calls produce
+// well-formed XML:
+//  - An element started with an empty name is transparent: it produces no
+//    markup, its attributes are dropped, and its text and children are written
+//    into the nearest enclosing named element. Its EndElement closes nothing.
+//  - An element left open is closed when an enclosing element closes: the
+//    writer's depth can be marked with GetDepth and restored with CloseTo, and
+//    Close ends every element still open.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+#include "oxKernel/oxModule.h"
+#include "oxKernel/oxRefPtr.h"
+#include "oxKernel/oxString.h"
+#include "oxKernel/oxURI.h"
+
+namespace OxKernel {
+
+// Results of the XML factory, reader and writer (0 is success).
+enum oxXMLResult : int {
+  kXMLOk = 0,
+  kXMLCannotOpen = -30,     // the file is missing or unreadable, or cannot be created
+  kXMLNotWellFormed = -31,  // the bytes are not a well-formed XML document
+  kXMLWriteFailed = -32,    // the output could not be written completely
+  kXMLNoElement = -33,      // MoveNext: the current level has no further element
+};
+
+// The text of one element, parsed on demand straight from the document's
+// characters. Tokens are separated by XML white space. A token that is not a
+// number of the requested type ends the parse: the values before it are kept,
+// a warning names the token, and the call returns -1.
+class oxXMLTextValue {
+ public:
+  oxXMLTextValue() = default;
+  oxXMLTextValue(const char* text, size_t length, const char* tag)
+      : m_text(text), m_length(length), m_tag(tag) {}
+
+  bool HasText() const { return m_length != 0; }
+  std::string_view GetText() const { return {m_text, m_length}; }
+
+  // Parse at most `wanted` values into `destination`; `parsed` receives how
+  // many were stored. Values beyond `wanted` are ignored.
+  int ParseFloats(float* destination, unsigned int wanted, unsigned int& parsed,
+                  int flags = 0) const;
+  int ParseInts(int32_t* destination, unsigned int wanted, unsigned int& parsed,
+                int flags = 0) const;
+  int ParseBools(bool* destination, unsigned int wanted, unsigned int& parsed, int flags = 0) const;
+  int ParseStrings(oxString* destination, unsigned int wanted, unsigned int& parsed,
+                   int flags = 0) const;
+  // Appends every integer of the text to `destination`.
+  int AppendInts(std::vector<int32_t>& destination) const;
+  // The number of white-space separated tokens, counted without converting.
+  size_t CountTokens() const;
+
+ private:
+  const char* m_text = nullptr;
+  size_t m_length = 0;
+  const char* m_tag = "";
+};
+
+class oxXMLReader : public oxRefPtrObject {
+ public:
+  // Elements nested deeper than this are not entered: EnterChildren logs one
+  // error per document and presents an empty level instead.
+  static constexpr unsigned int kMaxDepth = 1000;
+
+  ~oxXMLReader() override;
+  oxXMLReader(const oxXMLReader&) = delete;
+  oxXMLReader& operator=(const oxXMLReader&) = delete;
+
+  // 0 when the cursor stands on an element, kXMLNoElement at the end of the level.
+  int MoveNext();
+  void EnterChildren();
+  void LeaveChildren();
+  unsigned int GetDepth() const;
+
+  // Number of child elements of the current element.
+  size_t CountChildElements() const;
+  bool IsTag(std::string_view tag) const;
+  std::string_view GetTag() const;
+  oxString GetTagName() const { return oxString(GetTag()); }
+  // Byte offset of the current element in the parsed text, for messages.
+  size_t GetOffset() const;
+
+  // Each attribute reader stores the attribute's value and returns true; the
+  // target is left unchanged (false returned) when the attribute is absent,
+  // and also when its text is not a valid value, which is logged as a warning.
+  bool HasAttribute(std::string_view name) const;
+  bool ReadAttributeString(std::string_view name, oxString& value) const;
+  bool ReadAttributeUInt(std::string_view name, uint32_t& value) const;
+  bool ReadAttributeInt(std::string_view name, int32_t& value) const;
+  bool ReadAttributeShort(std::string_view name, int16_t& value) const;
+  bool ReadAttributeUShort(std::string_view name, uint16_t& value) const;
+  bool ReadAttributeFloat(std::string_view name, float& value) const;
+  bool ReadAttributeDouble(std::string_view name, double& value) const;
+  bool ReadAttributeBool(std::string_view name, bool& value) const;
+
+  // The text of the current element is its first text or CDATA child. The
+  // readers leave the target unchanged when there is none or it does not
+  // convert.
+  bool ReadTextString(oxString& value) const;
+  bool ReadTextFloat(float& value) const;
+  bool ReadTextInt(int32_t& value) const;
+  // Null when the element has no text. The object stays valid until the
+  // cursor moves.
+  const oxXMLTextValue* GetTextValue();
+  // True when the element's content is exactly one text or CDATA node (no
+  // child elements, no text split by comments).
+  bool HasPlainText() const;
+  // Calls `visit` with every text and CDATA child of the element, in order.
+  template <class Visitor>
+  void ForEachTextChild(Visitor&& visit) const {
+    for (size_t i = 0, n = TextChildCount(); i < n; ++i)
+      visit(TextChild(i));
+  }
+
+  struct Impl;
+
+ private:
+  friend class oxXMLFactory;
+  explicit oxXMLReader(std::unique_ptr<Impl> impl);
+  size_t TextChildCount() const;
+  oxXMLTextValue TextChild(size_t index) const;
+  std::unique_ptr<Impl> m_impl;
+  oxXMLTextValue m_text;
+};
+
+class oxXMLWriter;
+
+// Writes the text content of the element open in its writer. Successive calls
+// within one element are separated by one blank.
+class oxXMLTextWriter {
+ public:
+  int WriteFloats(const float* values, unsigned int count, int flags = 0);
+  int WriteInts(const int32_t* values, unsigned int count, int flags = 0);
+  int WriteBools(const bool* values, unsigned int count, int flags = 0);
+  int WriteStrings(const oxString* values, unsigned int count, int flags = 0);
+  int WriteText(std::string_view text);
+
+ private:
+  friend class oxXMLWriter;
+  explicit oxXMLTextWriter(oxXMLWriter& writer) : m_writer(writer) {}
+  oxXMLWriter& m_writer;
+};
+
+class oxXMLWriter : public oxRefPtrObject {
+ public:
+  ~oxXMLWriter() override;
+  oxXMLWriter(const oxXMLWriter&) = delete;
+  oxXMLWriter& operator=(const oxXMLWriter&) = delete;
+
+  // The tag must be a valid XML name, or empty for a transparent element.
+  int StartElement(std::string_view tag);
+  // Attributes are written on the element just started, before its content;
+  // anywhere else they are dropped.
+  int WriteAttributeString(std::string_view name, std::string_view value);
+  int WriteAttributeUInt(std::string_view name, uint32_t value);
+  int WriteAttributeInt(std::string_view name, int32_t value);
+  int WriteAttributeShort(std::string_view name, int16_t value);
+  int WriteAttributeUShort(std::string_view name, uint16_t value);
+  int WriteAttributeFloat(std::string_view name, float value);
+  int WriteAttributeBool(std::string_view name, bool value);
+  // Ends the attribute list; content may follow. An element with no content
+  // is written as an empty-element tag.
+  int EndAttributes();
+  int EndElement();
+  oxXMLTextWriter* GetTextWriter() { return &m_textWriter; }
+  // Writes <tag>text</tag>; writes nothing when `text` is empty and
+  // `skipEmpty` is true.
+  int AddLeafElement(std::string_view tag, std::string_view text, bool skipEmpty = true);
+
+  // Number of elements open, transparent ones included.
+  unsigned int GetDepth() const;
+  // Ends open elements until `depth` remain.
+  void CloseTo(unsigned int depth);
+
+  // 0 when the output can receive the document (for a file: it was created).
+  int IsReady();
+  // Ends every open element, writes the buffer to the output and closes it.
+  // Returns 0 or kXMLWriteFailed. Called by the destructor if not called.
+  int Close();
+  // The text written so far (the whole document after Close).
+  std::string_view GetBuffer() const;
+
+  struct Impl;
+
+ private:
+  friend class oxXMLFactory;
+  friend class oxXMLTextWriter;
+  explicit oxXMLWriter(std::unique_ptr<Impl> impl);
+  std::unique_ptr<Impl> m_impl;
+  oxXMLTextWriter m_textWriter{*this};
+};
+
+class oxXMLFactory {
+ public:
+  static oxXMLFactory& Instance(unsigned int contextID);
+
+  // Reads and parses the file named by `uri`. Errors are logged with the
+  // parser's description and byte offset; the result is kXMLCannotOpen or
+  // kXMLNotWellFormed. UTF-8 (with or without byte-order mark) and UTF-16/32
+  // with a byte-order mark are accepted.
+  int CreateReader(oxRefPtr<oxXMLReader>& reader, const oxURI& uri, oxProgress* progress,
+                   int flags);
+  // Parses an in-memory document (copied first).
+  int CreateReader(oxRefPtr<oxXMLReader>& reader, std::string_view bytes, int flags);
+  // A writer that writes the file named by `uri` when closed.
+  int CreateWriter(oxRefPtr<oxXMLWriter>& writer, const oxURI& uri, int flags,
+                   oxProgress* progress);
+  // A writer that keeps the document in memory (read it with GetBuffer).
+  int CreateWriter(oxRefPtr<oxXMLWriter>& writer);
+};
+
+}  // namespace OxKernel

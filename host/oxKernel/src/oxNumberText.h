@@ -1,0 +1,64 @@
+// Number tokens of XML texts: one routine per value type that converts a
+// token with std::from_chars and accepts the XML Schema spellings that
+// from_chars does not ("+" signs, "true"/"false"). Shared by oxCharacter and
+// the XML text-value parsers so both read numbers the same way.
+#pragma once
+
+#include <charconv>
+#include <cstdint>
+#include <limits>
+#include <string_view>
+#include <system_error>
+#include <type_traits>
+
+namespace OxKernel::NumberText {
+
+// A floating-point token whose magnitude is beyond the type's range reads as
+// infinity (large exponent) or zero (negative exponent), keeping its sign.
+template <class T>
+T OutOfRangeValue(std::string_view token) {
+  const bool negative = !token.empty() && token.front() == '-';
+  const size_t e = token.find_first_of("eE");
+  const bool tiny = e != std::string_view::npos && e + 1 < token.size() && token[e + 1] == '-';
+  const T magnitude = tiny ? T(0) : std::numeric_limits<T>::infinity();
+  return negative ? -magnitude : magnitude;
+}
+
+// Parses the whole of `token` (no white space inside) into `out`.
+template <class T>
+bool ParseToken(std::string_view token, T& out) {
+  const char* first = token.data();
+  const char* last = first + token.size();
+  if (first != last && *first == '+') {
+    ++first;
+    if (first == last || *first == '-' || *first == '+') return false;
+  }
+  T value{};
+  std::from_chars_result r;
+  if constexpr (std::is_floating_point_v<T>) {
+    r = std::from_chars(first, last, value, std::chars_format::general);
+    if (r.ec == std::errc::result_out_of_range && r.ptr == last) {
+      out = OutOfRangeValue<T>(token);
+      return true;
+    }
+  } else {
+    r = std::from_chars(first, last, value);
+  }
+  if (r.ec != std::errc() || r.ptr != last) return false;
+  out = value;
+  return true;
+}
+
+inline bool ParseToken(std::string_view token, bool& out) {
+  if (token == "true" || token == "1") {
+    out = true;
+    return true;
+  }
+  if (token == "false" || token == "0") {
+    out = false;
+    return true;
+  }
+  return false;
+}
+
+}  // namespace OxKernel::NumberText

@@ -1,0 +1,416 @@
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+#include <pugixml.hpp>
+
+#include "oxKernel/oxCharacter.h"
+#include "oxKernel/oxLog.h"
+#include "oxKernel/oxXML.h"
+#include "oxNumberText.h"
+
+namespace OxKernel {
+
+namespace {
+
+bool IsText(pugi::xml_node node) {
+  return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
+}
+
+pugi::xml_node FirstText(pugi::xml_node element) {
+  for (pugi::xml_node n = element.first_child(); n; n = n.next_sibling()) {
+    if (IsText(n)) return n;
+  }
+  return {};
+}
+
+pugi::xml_node NextElement(pugi::xml_node node) {
+  while (node && node.type() != pugi::node_element)
+    node = node.next_sibling();
+  return node;
+}
+
+oxXMLTextValue MakeTextValue(pugi::xml_node text, const char* tag) {
+  const char* value = text.value();
+  return oxXMLTextValue(value, std::strlen(value), tag);
+}
+
+void WarnInvalidToken(std::string_view token, const char* tag) {
+  OX_LOG(kLogWarning, oxConcat("invalid value '", token, "' in <", tag, ">"));
+}
+
+// Walks the white-space separated tokens of a text. Each `convert(token)`
+// returns false to stop at a token that does not convert.
+template <class Convert>
+int ForEachToken(std::string_view text, unsigned int wanted, unsigned int& parsed, const char* tag,
+                 Convert&& convert) {
+  parsed = 0;
+  const char* p = text.data();
+  const char* end = p + text.size();
+  while (parsed < wanted) {
+    while (p != end && oxCharacter::IsSpace(*p))
+      ++p;
+    if (p == end) break;
+    const char* start = p;
+    while (p != end && !oxCharacter::IsSpace(*p))
+      ++p;
+    const std::string_view token(start, static_cast<size_t>(p - start));
+    if (!convert(token, parsed)) {
+      WarnInvalidToken(token, tag);
+      return -1;
+    }
+    ++parsed;
+  }
+  return 0;
+}
+
+// The number loop of the hot path: std::from_chars straight from the text,
+// falling back to the token routine (signs, out-of-range values, errors).
+template <class T>
+int ParseNumbers(std::string_view text, T* out, unsigned int wanted, unsigned int& parsed,
+                 const char* tag) {
+  parsed = 0;
+  const char* p = text.data();
+  const char* end = p + text.size();
+  while (parsed < wanted) {
+    while (p != end && oxCharacter::IsSpace(*p))
+      ++p;
+    if (p == end) break;
+    std::from_chars_result r;
+    if constexpr (std::is_floating_point_v<T>) {
+      r = std::from_chars(p, end, out[parsed], std::chars_format::general);
+    } else {
+      r = std::from_chars(p, end, out[parsed]);
+    }
+    if (r.ec == std::errc() && (r.ptr == end || oxCharacter::IsSpace(*r.ptr))) {
+      p = r.ptr;
+      ++parsed;
+      continue;
+    }
+    const char* start = p;
+    while (p != end && !oxCharacter::IsSpace(*p))
+      ++p;
+    const std::string_view token(start, static_cast<size_t>(p - start));
+    if (!NumberText::ParseToken(token, out[parsed])) {
+      WarnInvalidToken(token, tag);
+      return -1;
+    }
+    ++parsed;
+  }
+  return 0;
+}
+
+constexpr unsigned int kParseOptions =
+    pugi::parse_cdata | pugi::parse_escapes | pugi::parse_eol | pugi::parse_wconv_attribute;
+
+}  // namespace
+
+int oxXMLTextValue::ParseFloats(float* d, unsigned int wanted, unsigned int& parsed, int) const {
+  return ParseNumbers(GetText(), d, wanted, parsed, m_tag);
+}
+
+int oxXMLTextValue::ParseInts(int32_t* d, unsigned int wanted, unsigned int& parsed, int) const {
+  return ParseNumbers(GetText(), d, wanted, parsed, m_tag);
+}
+
+int oxXMLTextValue::ParseBools(bool* d, unsigned int wanted, unsigned int& parsed, int) const {
+  return ForEachToken(
+      GetText(), wanted, parsed, m_tag,
+      [d](std::string_view token, unsigned int i) { return NumberText::ParseToken(token, d[i]); });
+}
+
+int oxXMLTextValue::ParseStrings(oxString* d, unsigned int wanted, unsigned int& parsed,
+                                 int) const {
+  return ForEachToken(GetText(), wanted, parsed, m_tag,
+                      [d](std::string_view token, unsigned int i) {
+                        d[i].assign(token);
+                        return true;
+                      });
+}
+
+int oxXMLTextValue::AppendInts(std::vector<int32_t>& destination) const {
+  // Counting first sizes the list exactly: no regrowth, no spare capacity.
+  const auto tokens = static_cast<unsigned int>(std::min<size_t>(CountTokens(), UINT32_MAX));
+  const size_t base = destination.size();
+  destination.resize(base + tokens);
+  unsigned int parsed = 0;
+  const int rc = ParseNumbers(GetText(), destination.data() + base, tokens, parsed, m_tag);
+  destination.resize(base + parsed);
+  return rc;
+}
+
+size_t oxXMLTextValue::CountTokens() const {
+  size_t count = 0;
+  bool inToken = false;
+  for (char c : GetText()) {
+    const bool space = oxCharacter::IsSpace(c);
+    count += (!space && !inToken) ? 1 : 0;
+    inToken = !space;
+  }
+  return count;
+}
+
+struct oxXMLReader::Impl {
+  struct Level {
+    pugi::xml_node parent;
+    pugi::xml_node current;
+    bool started = false;
+    bool blocked = false;  // deeper than kMaxDepth: presents no elements
+  };
+  std::unique_ptr<char[]> bytes;
+  pugi::xml_document document;
+  std::vector<Level> levels;
+  bool depthReported = false;
+  std::vector<pugi::xml_node> textChildren;
+
+  pugi::xml_node Current() const { return levels.back().current; }
+};
+
+oxXMLReader::oxXMLReader(std::unique_ptr<Impl> impl) : m_impl(std::move(impl)) {}
+
+oxXMLReader::~oxXMLReader() = default;
+
+int oxXMLReader::MoveNext() {
+  Impl::Level& level = m_impl->levels.back();
+  if (level.blocked) return kXMLNoElement;
+  if (!level.started) {
+    level.started = true;
+    level.current = NextElement(level.parent.first_child());
+  } else if (level.current) {
+    level.current = NextElement(level.current.next_sibling());
+  }
+  return level.current ? kXMLOk : kXMLNoElement;
+}
+
+void oxXMLReader::EnterChildren() {
+  const pugi::xml_node current = m_impl->Current();
+  const bool tooDeep = m_impl->levels.size() > kMaxDepth;
+  if (tooDeep && !m_impl->depthReported) {
+    m_impl->depthReported = true;
+    OX_LOG(kLogError,
+           oxConcat("elements nested deeper than ", kMaxDepth, " levels at <", current.name(),
+                    "> (byte offset ", current.offset_debug(), "); their content is skipped"));
+  }
+  m_impl->levels.push_back({current, {}, false, tooDeep || !current});
+}
+
+void oxXMLReader::LeaveChildren() {
+  if (m_impl->levels.size() > 1) m_impl->levels.pop_back();
+}
+
+unsigned int oxXMLReader::GetDepth() const {
+  return static_cast<unsigned int>(m_impl->levels.size() - 1);
+}
+
+size_t oxXMLReader::CountChildElements() const {
+  size_t count = 0;
+  for (pugi::xml_node n = NextElement(m_impl->Current().first_child()); n;
+       n = NextElement(n.next_sibling())) {
+    ++count;
+  }
+  return count;
+}
+
+bool oxXMLReader::IsTag(std::string_view tag) const {
+  return GetTag() == tag;
+}
+
+std::string_view oxXMLReader::GetTag() const {
+  return m_impl->Current().name();
+}
+
+size_t oxXMLReader::GetOffset() const {
+  const ptrdiff_t offset = m_impl->Current().offset_debug();
+  return offset < 0 ? 0 : static_cast<size_t>(offset);
+}
+
+namespace {
+
+pugi::xml_attribute FindAttribute(pugi::xml_node node, std::string_view name) {
+  for (pugi::xml_attribute a = node.first_attribute(); a; a = a.next_attribute()) {
+    if (name == a.name()) return a;
+  }
+  return {};
+}
+
+template <class T>
+bool ReadAttributeNumber(pugi::xml_node node, std::string_view name, T& value) {
+  const pugi::xml_attribute a = FindAttribute(node, name);
+  if (!a) return false;
+  if (oxCharacter::Interpret(a.value(), value)) return true;
+  OX_LOG(kLogWarning, oxConcat("invalid value '", a.value(), "' of attribute '", name, "' in <",
+                               node.name(), ">"));
+  return false;
+}
+
+}  // namespace
+
+bool oxXMLReader::HasAttribute(std::string_view name) const {
+  return static_cast<bool>(FindAttribute(m_impl->Current(), name));
+}
+
+bool oxXMLReader::ReadAttributeString(std::string_view name, oxString& value) const {
+  const pugi::xml_attribute a = FindAttribute(m_impl->Current(), name);
+  if (!a) return false;
+  value.assign(a.value());
+  return true;
+}
+
+bool oxXMLReader::ReadAttributeUInt(std::string_view n, uint32_t& v) const {
+  return ReadAttributeNumber(m_impl->Current(), n, v);
+}
+bool oxXMLReader::ReadAttributeInt(std::string_view n, int32_t& v) const {
+  return ReadAttributeNumber(m_impl->Current(), n, v);
+}
+bool oxXMLReader::ReadAttributeShort(std::string_view n, int16_t& v) const {
+  return ReadAttributeNumber(m_impl->Current(), n, v);
+}
+bool oxXMLReader::ReadAttributeUShort(std::string_view n, uint16_t& v) const {
+  return ReadAttributeNumber(m_impl->Current(), n, v);
+}
+bool oxXMLReader::ReadAttributeFloat(std::string_view n, float& v) const {
+  return ReadAttributeNumber(m_impl->Current(), n, v);
+}
+bool oxXMLReader::ReadAttributeDouble(std::string_view n, double& v) const {
+  return ReadAttributeNumber(m_impl->Current(), n, v);
+}
+bool oxXMLReader::ReadAttributeBool(std::string_view n, bool& v) const {
+  return ReadAttributeNumber(m_impl->Current(), n, v);
+}
+
+bool oxXMLReader::ReadTextString(oxString& value) const {
+  const pugi::xml_node text = FirstText(m_impl->Current());
+  if (!text) return false;
+  value.assign(text.value());
+  return true;
+}
+
+namespace {
+template <class T>
+bool ReadTextNumber(pugi::xml_node element, T& value) {
+  const pugi::xml_node text = FirstText(element);
+  if (!text) return false;
+  if (oxCharacter::Interpret(text.value(), value)) return true;
+  WarnInvalidToken(oxCharacter::Trim(text.value()), element.name());
+  return false;
+}
+}  // namespace
+
+bool oxXMLReader::ReadTextFloat(float& value) const {
+  return ReadTextNumber(m_impl->Current(), value);
+}
+
+bool oxXMLReader::ReadTextInt(int32_t& value) const {
+  return ReadTextNumber(m_impl->Current(), value);
+}
+
+const oxXMLTextValue* oxXMLReader::GetTextValue() {
+  const pugi::xml_node element = m_impl->Current();
+  const pugi::xml_node text = FirstText(element);
+  if (!text) return nullptr;
+  m_text = MakeTextValue(text, element.name());
+  return &m_text;
+}
+
+bool oxXMLReader::HasPlainText() const {
+  const pugi::xml_node first = m_impl->Current().first_child();
+  return first && IsText(first) && !first.next_sibling();
+}
+
+size_t oxXMLReader::TextChildCount() const {
+  std::vector<pugi::xml_node>& texts = m_impl->textChildren;
+  texts.clear();
+  for (pugi::xml_node n = m_impl->Current().first_child(); n; n = n.next_sibling()) {
+    if (IsText(n)) texts.push_back(n);
+  }
+  return texts.size();
+}
+
+oxXMLTextValue oxXMLReader::TextChild(size_t index) const {
+  return MakeTextValue(m_impl->textChildren[index], m_impl->Current().name());
+}
+
+oxXMLFactory& oxXMLFactory::Instance(unsigned int) {
+  static oxXMLFactory factory;
+  return factory;
+}
+
+namespace {
+
+// Reads a whole file into one buffer of exactly its size, so that the bytes
+// are held once while the parser works on them in place.
+bool ReadWholeFile(std::FILE* file, std::unique_ptr<char[]>& bytes, size_t& size) {
+  size = 0;
+  size_t capacity = 0;
+  if (std::fseek(file, 0, SEEK_END) == 0) {
+    const long end = std::ftell(file);
+    if (end > 0) capacity = static_cast<size_t>(end);
+    std::rewind(file);
+  }
+  bytes = std::make_unique_for_overwrite<char[]>(capacity + 1);
+  for (;;) {
+    if (size == capacity) {
+      // Not a regular file, or it grew: enlarge and go on reading.
+      const size_t larger = capacity ? capacity * 2 : (1 << 16);
+      auto grown = std::make_unique_for_overwrite<char[]>(larger + 1);
+      std::memcpy(grown.get(), bytes.get(), size);
+      bytes = std::move(grown);
+      capacity = larger;
+    }
+    const size_t n = std::fread(bytes.get() + size, 1, capacity - size, file);
+    size += n;
+    if (n == 0) break;
+  }
+  return std::ferror(file) == 0;
+}
+
+int Parse(oxRefPtr<oxXMLReader>& reader, oxXMLReader::Impl& impl, size_t size,
+          std::string_view what) {
+  const pugi::xml_parse_result result =
+      impl.document.load_buffer_inplace(impl.bytes.get(), size, kParseOptions, pugi::encoding_auto);
+  if (result) {
+    impl.levels.push_back({impl.document, {}, false, false});
+    return kXMLOk;
+  }
+  reader.Reset();
+  OX_LOG(kLogError, oxConcat("cannot parse ", what, ": ", result.description(), " at byte offset ",
+                             result.offset));
+  return kXMLNotWellFormed;
+}
+
+}  // namespace
+
+int oxXMLFactory::CreateReader(oxRefPtr<oxXMLReader>& reader, const oxURI& uri, oxProgress*, int) {
+  reader.Reset();
+  const oxString path = uri.GetFilePath();
+  std::FILE* file = path.empty() ? nullptr : std::fopen(path.c_str(), "rb");
+  if (!file) {
+    OX_LOG(kLogError, oxConcat("cannot open '", uri.GetString(),
+                               "': ", path.empty() ? "not a local file" : std::strerror(errno)));
+    return kXMLCannotOpen;
+  }
+  auto impl = std::make_unique<oxXMLReader::Impl>();
+  size_t size = 0;
+  const bool ok = ReadWholeFile(file, impl->bytes, size);
+  std::fclose(file);
+  if (!ok) {
+    OX_LOG(kLogError, oxConcat("cannot read '", uri.GetString(), "'"));
+    return kXMLCannotOpen;
+  }
+  oxXMLReader::Impl& parsed = *impl;
+  reader = oxRefPtr<oxXMLReader>(new oxXMLReader(std::move(impl)));
+  return Parse(reader, parsed, size, oxConcat("'", uri.GetString(), "'"));
+}
+
+int oxXMLFactory::CreateReader(oxRefPtr<oxXMLReader>& reader, std::string_view bytes, int) {
+  auto impl = std::make_unique<oxXMLReader::Impl>();
+  impl->bytes = std::make_unique_for_overwrite<char[]>(bytes.size() + 1);
+  std::memcpy(impl->bytes.get(), bytes.data(), bytes.size());
+  oxXMLReader::Impl& parsed = *impl;
+  reader = oxRefPtr<oxXMLReader>(new oxXMLReader(std::move(impl)));
+  return Parse(reader, parsed, bytes.size(), "the in-memory document");
+}
+
+}  // namespace OxKernel

@@ -1,0 +1,335 @@
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "oxKernel/oxLog.h"
+#include "oxKernel/oxXML.h"
+
+namespace OxKernel {
+
+namespace {
+
+// XML 1.0 admits no control characters but tab, line feed and carriage
+// return, not even as character references: such bytes are dropped.
+bool IsForbiddenControl(unsigned char c) {
+  return c < 0x20 && c != '\t' && c != '\n' && c != '\r';
+}
+
+void AppendEscaped(std::string& out, std::string_view text, bool attribute) {
+  size_t plain = 0;
+  auto flush = [&](size_t i) {
+    out.append(text.data() + plain, i - plain);
+    plain = i + 1;
+  };
+  for (size_t i = 0; i < text.size(); ++i) {
+    const unsigned char c = static_cast<unsigned char>(text[i]);
+    const char* escape = nullptr;
+    switch (c) {
+      case '&':
+        escape = "&amp;";
+        break;
+      case '<':
+        escape = "&lt;";
+        break;
+      case '>':
+        escape = "&gt;";
+        break;
+      case '\r':
+        escape = "&#13;";
+        break;
+      case '"':
+        escape = attribute ? "&quot;" : nullptr;
+        break;
+      case '\n':
+        escape = attribute ? "&#10;" : nullptr;
+        break;
+      case '\t':
+        escape = attribute ? "&#9;" : nullptr;
+        break;
+      default:
+        if (IsForbiddenControl(c)) escape = "";
+        break;
+    }
+    if (!escape) continue;
+    flush(i);
+    out.append(escape);
+  }
+  out.append(text.data() + plain, text.size() - plain);
+}
+
+// Shortest text that reads back to the same float; the XML Schema spellings
+// for the non-finite values.
+void AppendFloat(std::string& out, float value) {
+  if (std::isnan(value)) {
+    out.append("NaN");
+  } else if (std::isinf(value)) {
+    out.append(value < 0 ? "-INF" : "INF");
+  } else {
+    char buf[32];
+    const auto r = std::to_chars(buf, buf + sizeof buf, value);
+    out.append(buf, static_cast<size_t>(r.ptr - buf));
+  }
+}
+
+template <class T>
+void AppendInteger(std::string& out, T value) {
+  char buf[24];
+  const auto r = std::to_chars(buf, buf + sizeof buf, value);
+  out.append(buf, static_cast<size_t>(r.ptr - buf));
+}
+
+}  // namespace
+
+struct oxXMLWriter::Impl {
+  struct Frame {
+    std::string tag;  // empty: transparent
+    bool startTagOpen = false;
+    bool attributesEnded = false;
+    bool hasChildren = false;
+    bool hasText = false;
+  };
+  std::string buffer;
+  std::vector<Frame> frames;
+  unsigned int namedDepth = 0;
+  oxString path;  // empty: memory writer
+  std::FILE* file = nullptr;
+  bool closed = false;
+  bool rootWritten = false;
+
+  Frame* NamedTop() {
+    for (auto it = frames.rbegin(); it != frames.rend(); ++it) {
+      if (!it->tag.empty()) return &*it;
+    }
+    return nullptr;
+  }
+  void CloseStartTag(Frame& f) {
+    if (!f.startTagOpen) return;
+    buffer += '>';
+    f.startTagOpen = false;
+  }
+  void NewLine(unsigned int depth) {
+    buffer += '\n';
+    buffer.append(2 * depth, ' ');
+  }
+  // Prepares the enclosing element to receive text; false when there is no
+  // element to hold it (text outside the root is dropped).
+  bool BeginText() {
+    Frame* f = NamedTop();
+    if (!f) return false;
+    CloseStartTag(*f);
+    if (f->hasText) buffer += ' ';
+    f->hasText = true;
+    return true;
+  }
+  void Pop() {
+    Frame f = std::move(frames.back());
+    frames.pop_back();
+    if (f.tag.empty()) return;
+    --namedDepth;
+    if (f.startTagOpen) {
+      buffer += "/>";
+      return;
+    }
+    if (f.hasChildren) NewLine(namedDepth);
+    buffer += "</";
+    buffer += f.tag;
+    buffer += '>';
+  }
+};
+
+oxXMLWriter::oxXMLWriter(std::unique_ptr<Impl> impl) : m_impl(std::move(impl)) {
+  m_impl->buffer = "<?xml version=\"1.0\" encoding=\"utf-8\"?>";
+}
+
+oxXMLWriter::~oxXMLWriter() {
+  Close();
+}
+
+int oxXMLWriter::StartElement(std::string_view tag) {
+  Impl& w = *m_impl;
+  // A document has one root: anything started after it has closed is
+  // dropped like a transparent element's markup.
+  if (tag.empty() || (w.namedDepth == 0 && w.rootWritten)) {
+    w.frames.push_back({});
+    return 0;
+  }
+  w.rootWritten = true;
+  if (Impl::Frame* parent = w.NamedTop()) {
+    w.CloseStartTag(*parent);
+    parent->hasChildren = true;
+  }
+  w.NewLine(w.namedDepth);
+  w.buffer += '<';
+  w.buffer.append(tag);
+  w.frames.push_back({std::string(tag), true, false, false, false});
+  ++w.namedDepth;
+  return 0;
+}
+
+int oxXMLWriter::WriteAttributeString(std::string_view name, std::string_view value) {
+  Impl& w = *m_impl;
+  if (w.frames.empty()) return 0;
+  Impl::Frame& f = w.frames.back();
+  if (f.tag.empty() || !f.startTagOpen || f.attributesEnded) return 0;
+  w.buffer += ' ';
+  w.buffer.append(name);
+  w.buffer += "=\"";
+  AppendEscaped(w.buffer, value, true);
+  w.buffer += '"';
+  return 0;
+}
+
+namespace {
+template <class T>
+std::string IntegerText(T value) {
+  std::string s;
+  AppendInteger(s, value);
+  return s;
+}
+}  // namespace
+
+int oxXMLWriter::WriteAttributeUInt(std::string_view n, uint32_t v) {
+  return WriteAttributeString(n, IntegerText(v));
+}
+int oxXMLWriter::WriteAttributeInt(std::string_view n, int32_t v) {
+  return WriteAttributeString(n, IntegerText(v));
+}
+int oxXMLWriter::WriteAttributeShort(std::string_view n, int16_t v) {
+  return WriteAttributeString(n, IntegerText(v));
+}
+int oxXMLWriter::WriteAttributeUShort(std::string_view n, uint16_t v) {
+  return WriteAttributeString(n, IntegerText(v));
+}
+int oxXMLWriter::WriteAttributeFloat(std::string_view n, float v) {
+  std::string s;
+  AppendFloat(s, v);
+  return WriteAttributeString(n, s);
+}
+int oxXMLWriter::WriteAttributeBool(std::string_view n, bool v) {
+  return WriteAttributeString(n, v ? "true" : "false");
+}
+
+int oxXMLWriter::EndAttributes() {
+  if (!m_impl->frames.empty()) m_impl->frames.back().attributesEnded = true;
+  return 0;
+}
+
+int oxXMLWriter::EndElement() {
+  if (!m_impl->frames.empty()) m_impl->Pop();
+  return 0;
+}
+
+int oxXMLWriter::AddLeafElement(std::string_view tag, std::string_view text, bool skipEmpty) {
+  if (text.empty() && skipEmpty) return 0;
+  StartElement(tag);
+  EndAttributes();
+  if (!text.empty()) m_textWriter.WriteText(text);
+  return EndElement();
+}
+
+unsigned int oxXMLWriter::GetDepth() const {
+  return static_cast<unsigned int>(m_impl->frames.size());
+}
+
+void oxXMLWriter::CloseTo(unsigned int depth) {
+  while (m_impl->frames.size() > depth)
+    m_impl->Pop();
+}
+
+int oxXMLWriter::IsReady() {
+  Impl& w = *m_impl;
+  if (w.path.empty() || w.file) return 0;
+  w.file = std::fopen(w.path.c_str(), "wb");
+  if (w.file) return 0;
+  OX_LOG(kLogError, oxConcat("cannot create '", w.path, "': ", std::strerror(errno)));
+  return kXMLCannotOpen;
+}
+
+int oxXMLWriter::Close() {
+  Impl& w = *m_impl;
+  if (w.closed) return 0;
+  w.closed = true;
+  CloseTo(0);
+  w.buffer += '\n';
+  if (w.path.empty()) return 0;
+  if (IsReady() != 0) return kXMLCannotOpen;
+  const bool written = std::fwrite(w.buffer.data(), 1, w.buffer.size(), w.file) == w.buffer.size();
+  const bool closedOk = std::fclose(w.file) == 0;
+  w.file = nullptr;
+  if (written && closedOk) return 0;
+  OX_LOG(kLogError, oxConcat("cannot write '", w.path, "'"));
+  return kXMLWriteFailed;
+}
+
+std::string_view oxXMLWriter::GetBuffer() const {
+  return m_impl->buffer;
+}
+
+int oxXMLTextWriter::WriteText(std::string_view text) {
+  oxXMLWriter::Impl& w = *m_writer.m_impl;
+  if (!w.BeginText()) return 0;
+  AppendEscaped(w.buffer, text, false);
+  return 0;
+}
+
+int oxXMLTextWriter::WriteFloats(const float* values, unsigned int count, int) {
+  oxXMLWriter::Impl& w = *m_writer.m_impl;
+  if (!w.BeginText()) return 0;
+  for (unsigned int i = 0; i < count; ++i) {
+    if (i) w.buffer += ' ';
+    AppendFloat(w.buffer, values[i]);
+  }
+  return 0;
+}
+
+int oxXMLTextWriter::WriteInts(const int32_t* values, unsigned int count, int) {
+  oxXMLWriter::Impl& w = *m_writer.m_impl;
+  if (!w.BeginText()) return 0;
+  for (unsigned int i = 0; i < count; ++i) {
+    if (i) w.buffer += ' ';
+    AppendInteger(w.buffer, values[i]);
+  }
+  return 0;
+}
+
+int oxXMLTextWriter::WriteBools(const bool* values, unsigned int count, int) {
+  oxXMLWriter::Impl& w = *m_writer.m_impl;
+  if (!w.BeginText()) return 0;
+  for (unsigned int i = 0; i < count; ++i) {
+    if (i) w.buffer += ' ';
+    w.buffer += values[i] ? "true" : "false";
+  }
+  return 0;
+}
+
+int oxXMLTextWriter::WriteStrings(const oxString* values, unsigned int count, int) {
+  oxXMLWriter::Impl& w = *m_writer.m_impl;
+  if (!w.BeginText()) return 0;
+  for (unsigned int i = 0; i < count; ++i) {
+    if (i) w.buffer += ' ';
+    AppendEscaped(w.buffer, values[i], false);
+  }
+  return 0;
+}
+
+int oxXMLFactory::CreateWriter(oxRefPtr<oxXMLWriter>& writer, const oxURI& uri, int, oxProgress*) {
+  const oxString path = uri.GetFilePath();
+  if (path.empty()) {
+    OX_LOG(kLogError, oxConcat("cannot write '", uri.GetString(), "': not a local file"));
+    return kXMLCannotOpen;
+  }
+  auto impl = std::make_unique<oxXMLWriter::Impl>();
+  impl->path = path;
+  writer = oxRefPtr<oxXMLWriter>(new oxXMLWriter(std::move(impl)));
+  return 0;
+}
+
+int oxXMLFactory::CreateWriter(oxRefPtr<oxXMLWriter>& writer) {
+  writer = oxRefPtr<oxXMLWriter>(new oxXMLWriter(std::make_unique<oxXMLWriter::Impl>()));
+  return 0;
+}
+
+}  // namespace OxKernel

@@ -1,0 +1,189 @@
+// oxDAEFile: one COLLADA document.
+//
+// The document owns every element read from a file (one flat list; parent
+// links, child lists and registries only point into it), keeps the registries
+// through which "#id" references and sid paths resolve, and holds the XML
+// reader while loading and the XML writer while saving. A document is used by
+// one thread at a time. It cannot be copied: its elements have one owner.
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include <oxKernel/oxContainers.h>
+#include <oxKernel/oxModule.h>
+#include <oxKernel/oxRefPtr.h>
+#include <oxKernel/oxURI.h>
+#include <oxKernel/oxXML.h>
+#include <oxMath/oxColor.h>
+#include <oxMath/oxMatrix44.h>
+
+#include "oxDAEReadWrite/oxDAEElements_Main.h"
+
+namespace OxDAEReader {
+
+class oxDAEColladaElement;
+class oxDAEChannelTarget;
+
+// Results of document operations besides 0 (success) and the XML factory's
+// codes (oxXMLResult), which Load and Save pass through unchanged.
+enum oxDAEResult : int {
+  kDAEUnresolved = -1,         // a reference does not resolve
+  kDAENothingToDo = -3,        // the operation does not apply
+  kDAENoValue = -4,            // no value to read or sample
+  kDAENotCollada = -23,        // the root is not COLLADA (Load) or there is no root (Save)
+  kDAEModuleNotStarted = -24,  // the module's lookup tables are not built
+};
+
+class oxDAEFile {
+ public:
+  explicit oxDAEFile(unsigned int contextID = 0);
+  ~oxDAEFile();
+  oxDAEFile(const oxDAEFile&) = delete;
+  oxDAEFile& operator=(const oxDAEFile&) = delete;
+
+  // Loads a COLLADA document, replacing the current content. Returns 0 (also
+  // for an unsupported version, which leaves an empty root and a logged
+  // error), kDAENotCollada when the root tag is neither "COLLADA" nor "DAE",
+  // kDAEModuleNotStarted when the module was not started, or the XML
+  // reader's code (kXMLCannotOpen, kXMLNotWellFormed). The time spent is
+  // recorded under the profiling scope "DAE Parsing".
+  int Load(const OxKernel::oxURI& uri, OxKernel::oxProgress* progress = nullptr);
+  // Writes the document. Returns 0, kDAENotCollada when there is no root, or
+  // the XML writer's code (creation, readiness, or a failed final write).
+  int Save(const OxKernel::oxURI& uri, OxKernel::oxProgress* progress = nullptr);
+  // Writes the document into `xml` instead of a file; same results as Save.
+  int SaveToString(oxString& xml);
+  // Deletes every element, empties the id registry and drops the root. The
+  // path registry, the animation-target table and the update list keep their
+  // entries (which then point to deleted elements); Load empties them before
+  // reading a new document.
+  void Clear();
+
+  const OxKernel::oxURI& GetFileURI() const { return uri; }
+  oxDAEColladaElement* GetRoot() const { return root; }
+  unsigned int GetContextID() const { return contextID; }
+  const oxArray<std::unique_ptr<oxDAEBaseElement>>& GetElements() const { return elements; }
+
+  // --- Element list and registries ---------------------------------------
+
+  // Passes ownership of `e` to the document; returns `e`.
+  oxDAEBaseElement* _AddElement(oxDAEBaseElement* e);
+  // Adds `e` (not null) to the document, sets its parent when `parent` is not
+  // null, and registers its id and path when it has them.
+  void RegisterElement(oxDAEBaseElement* e, oxDAEBaseElement* parent);
+  // Registers `e` under "#" + id when its id is non-empty (last one wins).
+  void _RegisterElementID(oxDAEElement* e);
+  // Registers `e` under GetPath() when that is non-empty (last one wins).
+  void _RegisterElementPath(oxDAEElement* e);
+  // Queues `e` for UpdateDependencies after reading and before writing.
+  void AddElementToUpdate(oxDAEBaseElement* e) { elementsToUpdate.push_back(e); }
+  const oxArray<oxDAEBaseElement*>& GetElementsToUpdate() const { return elementsToUpdate; }
+
+  // The element with id `uri` ("#id", or "id" without a context); with a
+  // context, a miss is retried as a sid path relative to the context. A
+  // reference into another file never resolves. Null when nothing matches.
+  oxDAEBaseElement* ResolveURI(const oxString& uri, oxDAEBaseElement* context = nullptr) const;
+  // The element registered under `path`; with a context, a miss is retried
+  // once as context->GetParentingPath() + "/" + path.
+  oxDAEBaseElement* ResolvePath(const oxString& path, oxDAEBaseElement* context = nullptr) const;
+
+  // The animation-target table: the first target registered under a path
+  // keeps it.
+  void RegisterAnimationTarget(const oxString& path, oxDAEChannelTarget* target);
+  void UnregisterAnimationTarget(const oxString& path);
+  oxDAEChannelTarget* ResolveAnimationTargetPath(const oxString& path) const;
+
+  // --- Tokens ------------------------------------------------------------
+
+  static const oxString s_Tokens[oxDAEBaseElement::kTokenCount];
+  // The token of an upper-case word; NONE for a word not in the table.
+  static EToken _GetToken(std::string_view word);
+  // The word of a token (no range check beyond the enumeration's).
+  static const oxString& _GetTokenString(EToken token);
+  // Builds the word-to-token table once; a second call does nothing.
+  static void _PrepareHashTable();
+  static void _DestroyHashTable();
+  static bool _HasHashTable();
+
+  // --- Reading helpers ---------------------------------------------------
+
+  // True when the reader stands on a "param" or "parameter" element.
+  bool _IsXMLNodeAParameter() const;
+  // Reads three floats (red, green, blue; alpha untouched). -4 without text.
+  static int ReadColor3Value(OxKernel::oxXMLReader* reader, OxMath::oxFColor& color);
+  // Reads 16 floats of a COLLADA (column-vector) matrix into the host's
+  // row-vector convention, i.e. transposed. -4 without text.
+  static int ReadMatrix44Value(OxKernel::oxXMLReader* reader, OxMath::oxMatrix44& matrix);
+  // Writes red, green and blue as the open element's text.
+  static int WriteColor3Value(OxKernel::oxXMLWriter* writer, const OxMath::oxFColor& color);
+  // Decodes "&quot;", "&#13;" (removed), "&lt;" and "&gt;", in that order.
+  // "&amp;" and "&apos;" are left as they are.
+  static void XMLSafeToCommonString(oxString& text);
+  // The reverse direction needs no work: the XML writer escapes on output.
+  static void CommonToXMLSafeString(oxString& text);
+  // Normalises the file references of various exporters ("file://C|/x",
+  // "file://C:/x", "file://server/share"). Returns 0.
+  static int CorrectURI(oxString& text);
+  // Reads the <extra> the reader stands on for `owner`: creates the extra,
+  // and for each <technique> the technique class that the owner's class and
+  // the "profile" choose (none for other combinations). Returns 0.
+  int ReadExtra(oxDAEBaseElement* owner, oxDAEExtraElement*& extra);
+
+  // Creates a `T`, hands it to the document with `parent` set, and reads it.
+  template <class T, class... Args>
+  T* ReadChild(oxDAEBaseElement* parent, Args&&... args) {
+    T* e = new T(static_cast<Args&&>(args)...);
+    e->parent = parent;
+    _AddElement(e);
+    e->Read(*this);
+    return e;
+  }
+
+  // Walks the children of the element the reader stands on and dispatches
+  // each by the first rule whose tag matches; an unmatched child draws
+  // UnknownTagWarning(tag, parentTag). The reader ends on the element.
+  template <class Owner, size_t N>
+  void ReadChildren(Owner& owner, const oxDAEChildRule<Owner> (&rules)[N],
+                    std::string_view parentTag) {
+    reader->EnterChildren();
+    while (reader->MoveNext() == 0) {
+      const std::string_view tag = reader->GetTag();
+      const oxDAEChildRule<Owner>* rule = nullptr;
+      for (const auto& r : rules) {
+        if (r.tag == tag) {
+          rule = &r;
+          break;
+        }
+      }
+      if (!rule) {
+        oxDAEBaseElement::UnknownTagWarning(tag, parentTag);
+      } else if (rule->read) {
+        rule->read(owner, *this);
+      }
+    }
+    reader->LeaveChildren();
+  }
+
+  // Writes a child element; elements it leaves open are closed here.
+  void WriteChild(oxDAEBaseElement* child);
+
+  // --- State ---------------------------------------------------------------
+
+  unsigned int contextID = 0;
+  OxKernel::oxRefPtr<OxKernel::oxXMLWriter> writer;
+  OxKernel::oxRefPtr<OxKernel::oxXMLReader> reader;
+
+ private:
+  int WriteDocument();
+
+  oxArray<std::unique_ptr<oxDAEBaseElement>> elements;
+  oxArray<oxDAEBaseElement*> elementsToUpdate;
+  oxHash<oxString, oxDAEBaseElement*> idRegistry;
+  oxHash<oxString, oxDAEBaseElement*> pathRegistry;
+  oxHash<oxString, oxDAEChannelTarget*> animationTargets;
+  oxDAEColladaElement* root = nullptr;
+  OxKernel::oxURI uri;
+};
+
+}  // namespace OxDAEReader

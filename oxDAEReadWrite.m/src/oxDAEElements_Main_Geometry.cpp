@@ -1,0 +1,274 @@
+#include "oxDAEReadWrite/oxDAEElements_Main_Geometry.h"
+
+#include <string>
+
+#include <oxKernel/oxLog.h>
+
+#include "oxDAEReadWrite/oxDAEElements_Main_Source.h"
+#include "oxDAEReadWrite/oxDAEReadWrite_File.h"
+#include "oxDAEReadWrite/oxDAETechniques.h"
+
+namespace OxDAEReader {
+
+OX_DAE_ELEMENT_DEFINE(oxDAEInputElement, "input");
+OX_DAE_ELEMENT_DEFINE(oxDAEVertices, "vertices");
+OX_DAE_ELEMENT_DEFINE(oxDAEGeometry, "geometry");
+OX_DAE_ELEMENT_DEFINE(oxDAEMesh, "mesh");
+OX_DAE_ELEMENT_DEFINE(oxDAEMeshPrimitive, "");
+OX_DAE_ELEMENT_DEFINE(oxDAESpline, "spline");
+OX_DAE_ELEMENT_DEFINE(oxDAEControlVertices, "control_vertices");
+
+// --- <input> -------------------------------------------------------------------
+
+void oxDAEInputElement::Read(oxDAEFile& file) {
+  const OxKernel::oxXMLReader& reader = *file.reader;
+  reader.ReadAttributeUInt("offset", offset);
+  reader.ReadAttributeUInt("set", set);
+  reader.ReadAttributeString("semantic", semantic);
+  semanticToken = oxDAEFile::_GetToken(semantic);
+  reader.ReadAttributeString("source", sourceURI);
+  source = file.ResolveURI(sourceURI);
+}
+
+void oxDAEInputElement::Write(oxDAEFile& file) {
+  OxKernel::oxXMLWriter& w = *file.writer;
+  w.StartElement(s_XMLTag);
+  semantic = oxDAEFile::_GetTokenString(semanticToken);
+  w.WriteAttributeUInt("offset", offset);
+  w.WriteAttributeString("semantic", semantic);
+  if (set != 0) w.WriteAttributeUInt("set", set);
+  if (const oxDAEElement* element = oxDAEElement::DynamicCast(source)) {
+    w.WriteAttributeString("source", element->ComputeURL(file));
+  } else if (!sourceURI.empty()) {
+    w.WriteAttributeString("source", sourceURI);
+  }
+  w.EndAttributes();
+  w.EndElement();
+}
+
+oxDAEAccessor* oxDAEInputElement::GetCommonAccessor() const {
+  const oxDAESource* s = oxDAESource::DynamicCast(source);
+  return s ? s->GetAccessor() : nullptr;
+}
+
+oxDAEInputElement* oxDAEInputElement::FindBySemantic(const oxArray<oxDAEInputElement*>& inputs,
+                                                     const oxString& semantic) {
+  for (oxDAEInputElement* input : inputs) {
+    if (input->semantic == semantic) return input;
+  }
+  return nullptr;
+}
+
+namespace {
+template <class Owner>
+void ReadInput(Owner& owner, oxDAEFile& file) {
+  owner.inputs.push_back(file.ReadChild<oxDAEInputElement>(&owner));
+}
+
+void WriteAll(oxDAEFile& file, const auto& children) {
+  for (oxDAEBaseElement* child : children)
+    file.WriteChild(child);
+}
+}  // namespace
+
+// --- <vertices> ------------------------------------------------------------------
+
+constexpr oxDAEChildRule<oxDAEVertices> kVerticesChildren[] = {
+    {"input", ReadInput<oxDAEVertices>},
+};
+
+void oxDAEVertices::Read(oxDAEFile& file) {
+  oxDAEElement::Read(file);
+  file.ReadChildren(*this, kVerticesChildren, s_XMLTag);
+}
+
+void oxDAEVertices::Write(oxDAEFile& file) {
+  file.writer->StartElement(s_XMLTag);
+  oxDAEElement::Write(file);
+  file.writer->EndAttributes();
+  WriteAll(file, inputs);
+  file.writer->EndElement();
+}
+
+oxDAEInputElement* oxDAEVertices::GetInput(const oxString& semantic) const {
+  return oxDAEInputElement::FindBySemantic(inputs, semantic);
+}
+
+// --- <geometry> ------------------------------------------------------------------
+
+constexpr oxDAEChildRule<oxDAEGeometry> kGeometryChildren[] = {
+    {"mesh", [](oxDAEGeometry& g, oxDAEFile& f) { g.mesh = f.ReadChild<oxDAEMesh>(&g); }},
+    {"spline", [](oxDAEGeometry& g, oxDAEFile& f) { g.spline = f.ReadChild<oxDAESpline>(&g); }},
+    {"extra",
+     [](oxDAEGeometry& g, oxDAEFile& f) {
+       oxDAEExtraElement* extra = nullptr;
+       f.ReadExtra(&g, extra);
+       g.extras.push_back(extra);
+     }},
+};
+
+void oxDAEGeometry::Read(oxDAEFile& file) {
+  oxDAEElement::Read(file);
+  AdoptNameAsID(file);
+  file.ReadChildren(*this, kGeometryChildren, s_XMLTag);
+}
+
+void oxDAEGeometry::Write(oxDAEFile& file) {
+  file.writer->StartElement(s_XMLTag);
+  oxDAEElement::Write(file);
+  file.writer->EndAttributes();
+  if (mesh) file.WriteChild(mesh);
+  file.writer->EndElement();
+}
+
+// --- <mesh> ----------------------------------------------------------------------
+
+namespace {
+using EPrimitive = oxDAEMeshPrimitive::EType;
+
+template <EPrimitive Type>
+void ReadPrimitive(oxDAEMesh& mesh, oxDAEFile& file) {
+  mesh.primitives.push_back(file.ReadChild<oxDAEMeshPrimitive>(&mesh, Type));
+}
+}  // namespace
+
+constexpr oxDAEChildRule<oxDAEMesh> kMeshChildren[] = {
+    {"source",
+     [](oxDAEMesh& m, oxDAEFile& f) { m.sources.push_back(f.ReadChild<oxDAESource>(&m)); }},
+    {"vertices", [](oxDAEMesh& m, oxDAEFile& f) { m.vertices = f.ReadChild<oxDAEVertices>(&m); }},
+    {"lines", ReadPrimitive<EPrimitive::LINES>},
+    {"linestrips", ReadPrimitive<EPrimitive::LINESTRIPS>},
+    {"polygons", ReadPrimitive<EPrimitive::POLYGONS>},
+    {"triangles", ReadPrimitive<EPrimitive::TRIANGLES>},
+    {"trifans", ReadPrimitive<EPrimitive::TRIFANS>},
+    {"tristrips", ReadPrimitive<EPrimitive::TRISTRIPS>},
+    {"polylist", ReadPrimitive<EPrimitive::POLYLIST>},
+};
+
+void oxDAEMesh::Read(oxDAEFile& file) {
+  oxDAEElement::Read(file);
+  file.ReadChildren(*this, kMeshChildren, s_XMLTag);
+}
+
+void oxDAEMesh::Write(oxDAEFile& file) {
+  file.writer->StartElement(s_XMLTag);
+  oxDAEElement::Write(file);
+  file.writer->EndAttributes();
+  WriteAll(file, sources);
+  if (vertices) file.WriteChild(vertices);
+  WriteAll(file, primitives);
+  file.writer->EndElement();
+}
+
+// --- Primitives ------------------------------------------------------------------
+
+const std::string_view oxDAEMeshPrimitive::kTags[7] = {
+    "lines", "linestrips", "polygons", "polylist", "triangles", "trifans", "tristrips"};
+
+namespace {
+
+// The index lists a primitive reads into.
+uint32_t IndexListCount(const oxDAEMeshPrimitive& primitive, const OxKernel::oxXMLReader& reader) {
+  if (primitive.type == EPrimitive::TRIANGLES || primitive.type == EPrimitive::POLYLIST) return 1;
+  const uint64_t most = reader.CountChildElements() + oxDAEMeshPrimitive::kSpareIndexLists;
+  if (primitive.count <= most) return primitive.count;
+  OX_LOG(OxKernel::kLogError, OxKernel::oxConcat("<", reader.GetTag(), "> count ", primitive.count,
+                                                 " is larger than its content can hold; keeping ",
+                                                 most, " index lists"));
+  return static_cast<uint32_t>(most);
+}
+
+// Appends every integer of the current element's text to `list`; text split
+// by comments or child elements is gathered from each of its pieces.
+void ReadIndices(OxKernel::oxXMLReader& reader, oxArray<int32_t>& list) {
+  if (reader.HasPlainText()) {
+    reader.GetTextValue()->AppendInts(list);
+    return;
+  }
+  reader.ForEachTextChild([&list](const OxKernel::oxXMLTextValue& text) { text.AppendInts(list); });
+}
+
+// Reads the primitive's children; `next` is the index list the next <p> fills.
+struct PrimitiveReader {
+  oxDAEMeshPrimitive& primitive;
+  size_t next = 0;
+};
+
+constexpr oxDAEChildRule<PrimitiveReader> kPrimitiveChildren[] = {
+    {"input", [](PrimitiveReader& r, oxDAEFile& f) { ReadInput(r.primitive, f); }},
+    {"vcount",
+     [](PrimitiveReader& r, oxDAEFile& f) { ReadIndices(*f.reader, r.primitive.vcount); }},
+    {"p",
+     [](PrimitiveReader& r, oxDAEFile& f) {
+       if (r.next < r.primitive.p.size()) ReadIndices(*f.reader, r.primitive.p[r.next]);
+       ++r.next;
+     }},
+};
+
+}  // namespace
+
+void oxDAEMeshPrimitive::Read(oxDAEFile& file) {
+  const OxKernel::oxXMLReader& reader = *file.reader;
+  reader.ReadAttributeUInt("count", count);
+  reader.ReadAttributeString("material", material);
+  materialElement = file.ResolveURI("#" + material);
+  p.resize(IndexListCount(*this, reader));
+  PrimitiveReader state{*this};
+  // Unknown children are reported against the mesh, the primitive's parent.
+  file.ReadChildren(state, kPrimitiveChildren, oxDAEMesh::s_XMLTag);
+}
+
+void oxDAEMeshPrimitive::Write(oxDAEFile& file) {
+  OxKernel::oxXMLWriter& w = *file.writer;
+  w.StartElement(type == EPrimitive::POLYLIST ? std::string_view() : kTags[static_cast<int>(type)]);
+  w.WriteAttributeUInt("count", count);
+  if (!material.empty()) w.WriteAttributeString("material", material);
+  w.EndAttributes();
+  WriteAll(file, inputs);
+  for (const oxArray<int32_t>& list : p) {
+    w.StartElement("p");
+    w.EndAttributes();
+    w.GetTextWriter()->WriteInts(list.data(), static_cast<unsigned int>(list.size()), 0);
+    w.EndElement();
+  }
+  w.EndElement();
+}
+
+size_t oxDAEMeshPrimitive::GetIndexCount() const {
+  size_t total = 0;
+  for (const oxArray<int32_t>& list : p)
+    total += list.size();
+  return total;
+}
+
+// --- <spline> --------------------------------------------------------------------
+
+constexpr oxDAEChildRule<oxDAESpline> kSplineChildren[] = {
+    {"source",
+     [](oxDAESpline& s, oxDAEFile& f) { s.sources.push_back(f.ReadChild<oxDAESource>(&s)); }},
+    {"control_vertices",
+     [](oxDAESpline& s, oxDAEFile& f) {
+       s.controlVertices = f.ReadChild<oxDAEControlVertices>(&s);
+     }},
+    {"extra", nullptr},
+};
+
+void oxDAESpline::Read(oxDAEFile& file) {
+  file.reader->ReadAttributeBool("closed", closed);
+  file.ReadChildren(*this, kSplineChildren, s_XMLTag);
+}
+
+constexpr oxDAEChildRule<oxDAEControlVertices> kControlVerticesChildren[] = {
+    {"input", ReadInput<oxDAEControlVertices>},
+    {"extra", nullptr},
+};
+
+void oxDAEControlVertices::Read(oxDAEFile& file) {
+  file.ReadChildren(*this, kControlVerticesChildren, s_XMLTag);
+}
+
+oxDAEInputElement* oxDAEControlVertices::GetInput(const oxString& semantic) const {
+  return oxDAEInputElement::FindBySemantic(inputs, semantic);
+}
+
+}  // namespace OxDAEReader

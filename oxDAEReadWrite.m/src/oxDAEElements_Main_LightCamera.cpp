@@ -1,0 +1,10 @@
+#include "oxDAEReadWrite/oxDAEElements_Main_LightCamera.h"
+
+#include "oxDAEReadWrite/oxDAEReadWrite_File.h"
+
+namespace OxDAEReader {
+
+OX_DAE_ELEMENT_DEFINE(oxDAELight, "light");
+OX_DAE_ELEMENT_DEFINE(oxDAECamera, "camera");
+
+}  // namespace OxDAEReader

@@ -1,0 +1,10 @@
+#include "oxDAEReadWrite/oxDAEElements_Material.h"
+
+#include "oxDAEReadWrite/oxDAEReadWrite_File.h"
+
+namespace OxDAEReader {
+
+OX_DAE_ELEMENT_DEFINE(oxDAEMaterial, "material");
+OX_DAE_ELEMENT_DEFINE(oxDAEEffect, "effect");
+
+}  // namespace OxDAEReader

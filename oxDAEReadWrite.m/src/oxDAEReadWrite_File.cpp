@@ -1,0 +1,295 @@
+#include "oxDAEReadWrite/oxDAEReadWrite_File.h"
+
+#include <oxKernel/oxLog.h>
+#include <oxKernel/oxProfiling.h>
+
+#include "oxDAEReadWrite/oxDAEElements_Main_Document.h"
+
+namespace OxDAEReader {
+
+using OxKernel::oxHashTools;
+using OxKernel::oxURI;
+using OxKernel::oxXMLFactory;
+
+namespace {
+
+constexpr unsigned int kInitialBuckets = 4;
+
+// The word-to-token table; present between _PrepareHashTable and
+// _DestroyHashTable.
+std::unique_ptr<oxHash<oxString, EToken>> g_tokenTable;
+
+}  // namespace
+
+const oxString oxDAEFile::s_Tokens[oxDAEBaseElement::kTokenCount] = {
+    "",
+    "COLOR",
+    "POSITION",
+    "NORMAL",
+    "BINORMAL",
+    "TANGENT",
+    "TEXCOORD",
+    "TEXTURE",
+    "UV",
+    "VERTEX",
+    "IMAGE",
+    "ANIMATION",
+    "CAMERA",
+    "CODE",
+    "CONTROLLER",
+    "GEOMETRY",
+    "LIGHT",
+    "MATERIAL",
+    "PROGRAM",
+    "JOINT",
+    "NODE",
+    "FRAGMENT_PROGRAM",
+    "VERTEX_PROGRAM",
+    "CONSTANT",
+    "LINEAR",
+    "QUADRATIC",
+    "LAMBERT",
+    "ORTHOGRAPHIC",
+    "PERSPECTIVE",
+    "PHONG",
+    "AMBIENT",
+    "ANGLE",
+    "BOTTOM",
+    "DIRECTIONAL",
+    "POINT",
+    "SPOT",
+    "BIND_SHAPE_NORMAL",
+    "BIND_SHAPE_POSITION",
+    "INPUT",
+    "OUTPUT",
+    "INV_BIND_MATRIX",
+    "WEIGHT",
+    "UNIT",
+    "VISUALSCENE",
+    "TEXBINORMAL",
+    "TEXTANGENT",
+};
+
+oxDAEFile::oxDAEFile(unsigned int contextID)
+    : contextID(contextID),
+      idRegistry(oxHashTools::ComputePreferredSize(kInitialBuckets)),
+      pathRegistry(oxHashTools::ComputePreferredSize(kInitialBuckets)),
+      animationTargets(oxHashTools::ComputePreferredSize(kInitialBuckets)) {}
+
+oxDAEFile::~oxDAEFile() {
+  Clear();
+}
+
+// --- Loading -------------------------------------------------------------------
+
+int oxDAEFile::Load(const oxURI& location, OxKernel::oxProgress* progress) {
+  OxKernel::oxProfileScope profile("DAE Parsing");
+  Clear();
+  // Entries of a previous document would point to deleted elements: a new
+  // document starts with empty tables.
+  elementsToUpdate.clear();
+  pathRegistry.clear();
+  animationTargets.clear();
+  uri = location;
+  if (!_HasHashTable()) {
+    OX_LOG(OxKernel::kLogError,
+           "the oxDAEReadWrite module is not started: no document can be read");
+    return kDAEModuleNotStarted;
+  }
+  int rc = oxXMLFactory::Instance(contextID).CreateReader(reader, uri, progress, 1);
+  if (rc == 0) rc = reader->MoveNext();
+  if (rc == 0 && !reader->IsTag(oxDAEColladaElement::s_XMLTag) &&
+      !reader->IsTag(oxDAEColladaElement::s_XMLTagVariant)) {
+    OX_LOG(OxKernel::kLogError,
+           OxKernel::oxConcat("the root element is <", reader->GetTag(), ">, not <COLLADA>"));
+    rc = kDAENotCollada;
+  }
+  if (rc == 0) {
+    root = new oxDAEColladaElement();
+    _AddElement(root);
+    root->Read(*this);
+    for (oxDAEBaseElement* e : elementsToUpdate)
+      e->UpdateDependencies(*this, false);
+  }
+  // The parsed text is not needed once the elements hold their values.
+  reader.Reset();
+  return rc;
+}
+
+void oxDAEFile::Clear() {
+  elements.clear();
+  idRegistry.clear();
+  idRegistry.rehash(oxHashTools::ComputePreferredSize(kInitialBuckets));
+  root = nullptr;
+}
+
+// --- Saving --------------------------------------------------------------------
+
+int oxDAEFile::Save(const oxURI& location, OxKernel::oxProgress* progress) {
+  if (!root) return kDAENotCollada;
+  if (const int rc = oxXMLFactory::Instance(contextID).CreateWriter(writer, location, 1, progress))
+    return rc;
+  return WriteDocument();
+}
+
+int oxDAEFile::SaveToString(oxString& xml) {
+  if (!root) return kDAENotCollada;
+  oxXMLFactory::Instance(contextID).CreateWriter(writer);
+  OxKernel::oxRefPtr<OxKernel::oxXMLWriter> keep = writer;
+  const int rc = WriteDocument();
+  if (rc == 0) xml.assign(keep->GetBuffer());
+  return rc;
+}
+
+int oxDAEFile::WriteDocument() {
+  for (oxDAEBaseElement* e : elementsToUpdate)
+    e->UpdateDependencies(*this, true);
+  int rc = writer->IsReady();
+  if (rc == 0) {
+    root->Write(*this);
+    rc = writer->Close();
+  }
+  writer.Reset();
+  return rc;
+}
+
+void oxDAEFile::WriteChild(oxDAEBaseElement* child) {
+  const unsigned int depth = writer->GetDepth();
+  child->Write(*this);
+  writer->CloseTo(depth);
+}
+
+// --- Element list and registries -------------------------------------------------
+
+oxDAEBaseElement* oxDAEFile::_AddElement(oxDAEBaseElement* e) {
+  elements.emplace_back(e);
+  return e;
+}
+
+void oxDAEFile::RegisterElement(oxDAEBaseElement* e, oxDAEBaseElement* parent) {
+  if (!e) return;
+  _AddElement(e);
+  if (parent) e->parent = parent;
+  oxDAEElement* element = oxDAEElement::DynamicCast(e);
+  if (!element) return;
+  if (!element->id.empty()) _RegisterElementID(element);
+  if (!element->sid.empty()) _RegisterElementPath(element);
+}
+
+void oxDAEFile::_RegisterElementID(oxDAEElement* e) {
+  if (!e->id.empty()) idRegistry.insert_or_assign("#" + e->id, e);
+}
+
+void oxDAEFile::_RegisterElementPath(oxDAEElement* e) {
+  oxString path = e->GetPath();
+  if (!path.empty()) pathRegistry.insert_or_assign(std::move(path), e);
+}
+
+oxDAEBaseElement* oxDAEFile::ResolveURI(const oxString& reference,
+                                        oxDAEBaseElement* context) const {
+  if (const auto it = idRegistry.find(reference); it != idRegistry.end()) return it->second;
+  if (context) return ResolvePath(reference, context);
+  if (reference.StartsWith("#")) return nullptr;
+  return ResolveURI("#" + reference, nullptr);
+}
+
+oxDAEBaseElement* oxDAEFile::ResolvePath(const oxString& path, oxDAEBaseElement* context) const {
+  if (const auto it = pathRegistry.find(path); it != pathRegistry.end()) return it->second;
+  if (!context) return nullptr;
+  return ResolvePath(OxKernel::oxConcat(context->GetParentingPath(), '/', path), nullptr);
+}
+
+void oxDAEFile::RegisterAnimationTarget(const oxString& path, oxDAEChannelTarget* target) {
+  animationTargets.try_emplace(path, target);
+}
+
+void oxDAEFile::UnregisterAnimationTarget(const oxString& path) {
+  animationTargets.erase(path);
+}
+
+oxDAEChannelTarget* oxDAEFile::ResolveAnimationTargetPath(const oxString& path) const {
+  const auto it = animationTargets.find(path);
+  return it == animationTargets.end() ? nullptr : it->second;
+}
+
+// --- Tokens ----------------------------------------------------------------------
+
+EToken oxDAEFile::_GetToken(std::string_view word) {
+  if (!g_tokenTable) return EToken::NONE;
+  const auto it = g_tokenTable->find(oxString(word));
+  return it == g_tokenTable->end() ? EToken::NONE : it->second;
+}
+
+const oxString& oxDAEFile::_GetTokenString(EToken token) {
+  return s_Tokens[static_cast<int>(token)];
+}
+
+void oxDAEFile::_PrepareHashTable() {
+  if (g_tokenTable) return;
+  auto table = std::make_unique<oxHash<oxString, EToken>>(
+      oxHashTools::ComputePreferredSize(kInitialBuckets));
+  for (int i = 0; i < oxDAEBaseElement::kTokenCount; ++i)
+    table->insert_or_assign(s_Tokens[i], static_cast<EToken>(i));
+  g_tokenTable = std::move(table);
+}
+
+void oxDAEFile::_DestroyHashTable() {
+  g_tokenTable.reset();
+}
+
+bool oxDAEFile::_HasHashTable() {
+  return g_tokenTable != nullptr;
+}
+
+// --- Reading helpers --------------------------------------------------------------
+
+bool oxDAEFile::_IsXMLNodeAParameter() const {
+  return reader->IsTag("param") || reader->IsTag("parameter");
+}
+
+int oxDAEFile::ReadColor3Value(OxKernel::oxXMLReader* xml, OxMath::oxFColor& color) {
+  const OxKernel::oxXMLTextValue* text = xml->GetTextValue();
+  if (!text) return kDAENoValue;
+  float rgb[3] = {color.r, color.g, color.b};
+  unsigned int parsed = 0;
+  text->ParseFloats(rgb, 3, parsed, 0);
+  color.r = rgb[0];
+  color.g = rgb[1];
+  color.b = rgb[2];
+  return 0;
+}
+
+int oxDAEFile::ReadMatrix44Value(OxKernel::oxXMLReader* xml, OxMath::oxMatrix44& matrix) {
+  const OxKernel::oxXMLTextValue* text = xml->GetTextValue();
+  if (!text) return kDAENoValue;
+  OxMath::oxMatrix44 read = matrix;
+  unsigned int parsed = 0;
+  text->ParseFloats(read.m, 16, parsed, 0);
+  matrix.ComputeTranspose(read);
+  return 0;
+}
+
+int oxDAEFile::WriteColor3Value(OxKernel::oxXMLWriter* xml, const OxMath::oxFColor& color) {
+  const float rgb[3] = {color.r, color.g, color.b};
+  return xml->GetTextWriter()->WriteFloats(rgb, 3, 0);
+}
+
+void oxDAEFile::XMLSafeToCommonString(oxString& text) {
+  text.ReplaceAll("&quot;", "\"");
+  text.ReplaceAll("&#13;", "");
+  text.ReplaceAll("&lt;", "<");
+  text.ReplaceAll("&gt;", ">");
+}
+
+void oxDAEFile::CommonToXMLSafeString(oxString&) {}
+
+int oxDAEFile::CorrectURI(oxString& text) {
+  if (text.Matches("file://?|*")) text.ReplaceAll("|", ":");
+  if (text.Matches("file://?:*")) text.ReplaceAll("file://", "file:///");
+  if (oxURI(text).IsProperURI()) return 0;
+  if (text.Matches("file://*")) text.ReplaceAll("file://", "smb://");
+  if (text.Matches("file://*")) text.ReplaceAll("\\", "/");
+  return 0;
+}
+
+}  // namespace OxDAEReader

@@ -1,0 +1,87 @@
+#include "oxTestSupport.h"
+
+#include <atomic>
+#include <cstdio>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+#include <unistd.h>
+
+namespace oxtest {
+
+namespace {
+
+std::map<std::string, std::string>& XmlByTest() {
+  static std::map<std::string, std::string> registry;
+  return registry;
+}
+
+// Starts the module once for the whole test program.
+class ModuleEnvironment : public ::testing::Environment {
+ public:
+  void SetUp() override { OxDAEReader::oxDAEReadWriteModule::Init(0); }
+  void TearDown() override { OxDAEReader::oxDAEReadWriteModule::Uninit(0); }
+};
+
+const auto* const g_environment = ::testing::AddGlobalTestEnvironment(new ModuleEnvironment);
+
+}  // namespace
+
+size_t LogCapture::Count(int level, std::string_view text) const {
+  size_t n = 0;
+  for (const LogEntry& e : entries)
+    n += (e.level == level && e.text == text) ? 1 : 0;
+  return n;
+}
+
+TempFile::TempFile(std::string_view contents, std::string_view suffix) {
+  static std::atomic<unsigned> counter{0};
+  m_path =
+      (std::filesystem::temp_directory_path() / ("oxdae_test_" + std::to_string(getpid()) + "_" +
+                                                 std::to_string(counter++) + std::string(suffix)))
+          .string();
+  std::ofstream out(m_path, std::ios::binary);
+  out.write(contents.data(), static_cast<std::streamsize>(contents.size()));
+}
+
+TempFile::~TempFile() {
+  std::remove(m_path.c_str());
+}
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+std::string Collada(std::string_view body, std::string_view version) {
+  return "<COLLADA xmlns=\"http://www.collada.org/2005/11/COLLADASchema\" version=\"" +
+         std::string(version) + "\">" + std::string(body) + "</COLLADA>";
+}
+
+XmlRegistrar::XmlRegistrar(const char* testName, const char* xml) {
+  XmlByTest()[testName] = xml;
+}
+
+void DocumentTest::SetUp() {
+  const ::testing::TestInfo* info = ::testing::UnitTest::GetInstance()->current_test_info();
+  const auto it = XmlByTest().find(std::string(info->test_suite_name()) + "." + info->name());
+  if (it != XmlByTest().end()) rc = LoadText(it->second);
+}
+
+int DocumentTest::LoadText(std::string_view xml) {
+  TempFile file(xml);
+  log.Clear();
+  rc = document.Load(file.URI());
+  return rc;
+}
+
+std::string DocumentTest::SaveText() {
+  OxKernel::oxString xml;
+  EXPECT_EQ(document.SaveToString(xml), 0);
+  return xml;
+}
+
+}  // namespace oxtest

@@ -1,0 +1,110 @@
+// Shared test helpers: a log capture, temporary files, and TEST_XML, which
+// gives each test its own tiny document loaded before the body runs.
+//
+//   OX_DOCUMENT_SUITE(ArrayReading);
+//   TEST_XML(ArrayReading, PadsShortText, R"(<COLLADA version="1.4.1">...)") {
+//     EXPECT_EQ(rc, 0);            // Load's result
+//     EXPECT_EQ(log.Count(), 0u);   // records logged while loading
+//     auto* a = Find<oxDAEFloatArray>("#values");
+//   }
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <oxDAEReadWrite/oxDAEReadWrite.h>
+#include <oxKernel/oxLog.h>
+
+namespace oxtest {
+
+struct LogEntry {
+  int level;
+  std::string text;
+  bool operator==(const LogEntry&) const = default;
+};
+
+// Collects every log record while alive.
+class LogCapture {
+ public:
+  LogCapture()
+      : m_sink([this](const OxKernel::oxLogRecord& r) {
+          entries.push_back({r.level, std::string(r.text)});
+        }) {}
+  size_t Count() const { return entries.size(); }
+  size_t Count(int level, std::string_view text) const;
+  void Clear() { entries.clear(); }
+  std::vector<LogEntry> entries;
+
+ private:
+  OxKernel::oxScopedLogSink m_sink;
+};
+
+inline LogEntry Error(std::string text) {
+  return {OxKernel::kLogError, std::move(text)};
+}
+inline LogEntry Warning(std::string text) {
+  return {OxKernel::kLogWarning, std::move(text)};
+}
+
+// A file in the test's temporary folder, removed with the object.
+class TempFile {
+ public:
+  explicit TempFile(std::string_view contents, std::string_view suffix = ".dae");
+  ~TempFile();
+  TempFile(const TempFile&) = delete;
+  TempFile& operator=(const TempFile&) = delete;
+  const std::string& Path() const { return m_path; }
+  OxKernel::oxURI URI() const { return OxKernel::oxURI(m_path); }
+
+ private:
+  std::string m_path;
+};
+
+std::string ReadFile(const std::string& path);
+
+// Wraps the body of a COLLADA 1.4.1 document around `body`.
+std::string Collada(std::string_view body, std::string_view version = "1.4.1");
+
+// Loads `xml` into `document`, capturing the log.
+class DocumentTest : public ::testing::Test {
+ protected:
+  void SetUp() override;
+  int LoadText(std::string_view xml);
+  // Saves the document to a string (Save's result must be 0).
+  std::string SaveText();
+  template <class T>
+  T* Find(const std::string& uri) const {
+    return T::DynamicCast(document.ResolveURI(uri));
+  }
+  // The only element of class T in the document, or null.
+  template <class T>
+  std::vector<T*> All() const {
+    std::vector<T*> found;
+    for (const auto& e : document.GetElements()) {
+      if (T* t = T::DynamicCast(e.get())) found.push_back(t);
+    }
+    return found;
+  }
+
+  OxDAEReader::oxDAEFile document;
+  LogCapture log;
+  int rc = 0;
+};
+
+// Registers the XML of one TEST_XML test under "Suite.Name".
+struct XmlRegistrar {
+  XmlRegistrar(const char* testName, const char* xml);
+};
+
+}  // namespace oxtest
+
+#define OX_DOCUMENT_SUITE(Suite) \
+  class Suite : public ::oxtest::DocumentTest {}
+
+#define TEST_XML(Suite, Name, Xml)                                                           \
+  static const ::oxtest::XmlRegistrar Suite##_##Name##_xml_registrar(#Suite "." #Name, Xml); \
+  TEST_F(Suite, Name)
