@@ -1,1 +1,524 @@
+#include <unistd.h>
+
+#include <bit>
+#include <cmath>
+#include <filesystem>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <oxKernel/oxXML.h>
+
 #include "oxTestSupport.h"
+
+using namespace OxKernel;
+using oxtest::Error;
+using oxtest::LogCapture;
+using oxtest::TempFile;
+
+namespace {
+
+constexpr std::string_view kDeclaration = "<?xml version=\"1.0\" encoding=\"utf-8\"?>";
+
+oxRefPtr<oxXMLWriter> MemoryWriter() {
+  oxRefPtr<oxXMLWriter> writer;
+  EXPECT_EQ(oxXMLFactory::Instance(0).CreateWriter(writer), 0);
+  return writer;
+}
+
+// Closes the writer and returns the document without its declaration line.
+std::string Body(oxXMLWriter& writer) {
+  EXPECT_EQ(writer.Close(), 0);
+  const std::string_view text = writer.GetBuffer();
+  EXPECT_TRUE(text.starts_with(kDeclaration)) << text;
+  return std::string(text.substr(kDeclaration.size()));
+}
+
+oxRefPtr<oxXMLReader> Reparse(std::string_view xml) {
+  oxRefPtr<oxXMLReader> reader;
+  EXPECT_EQ(oxXMLFactory::Instance(0).CreateReader(reader, xml, 0), kXMLOk) << xml;
+  if (!reader) return reader;
+  EXPECT_EQ(reader->MoveNext(), kXMLOk);
+  return reader;
+}
+
+void Element(oxXMLWriter& writer, std::string_view tag) {
+  writer.StartElement(tag);
+  writer.EndAttributes();
+}
+
+uint32_t Bits(float value) {
+  return std::bit_cast<uint32_t>(value);
+}
+
+// Every finite float bit pattern is equally likely, so all exponents occur,
+// denormals included; a few edge values are added explicitly.
+std::vector<float> RandomFloats(size_t count) {
+  std::mt19937 random(20240601u);
+  std::vector<float> values = {std::numeric_limits<float>::denorm_min(),
+                               -std::numeric_limits<float>::denorm_min(),
+                               std::numeric_limits<float>::min(),
+                               std::numeric_limits<float>::max(),
+                               std::numeric_limits<float>::lowest(),
+                               0.0f,
+                               -0.0f,
+                               1e-40f,
+                               0.1f,
+                               16777217.0f};
+  while (values.size() < count) {
+    const float value = std::bit_cast<float>(static_cast<uint32_t>(random()));
+    if (std::isfinite(value)) values.push_back(value);
+  }
+  return values;
+}
+
+}  // namespace
+
+TEST(HostXMLWriter, EmptyElementIsWrittenAsAnEmptyElementTag) {
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  Element(*writer, "a");
+  writer->EndElement();
+  EXPECT_EQ(writer->Close(), 0);
+  EXPECT_EQ(writer->GetBuffer(), "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<a/>\n");
+}
+
+TEST(HostXMLWriter, ChildrenAreIndentedAndTextStaysInline) {
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  Element(*writer, "a");
+  writer->StartElement("b");
+  writer->WriteAttributeString("x", "1");
+  writer->WriteAttributeString("y", "two");
+  writer->EndAttributes();
+  writer->GetTextWriter()->WriteText("text");
+  writer->EndElement();
+  Element(*writer, "c");
+  Element(*writer, "d");
+  writer->EndElement();
+  writer->EndElement();
+  writer->AddLeafElement("e", "leaf");
+  writer->EndElement();
+  EXPECT_EQ(Body(*writer),
+            "\n<a>\n  <b x=\"1\" y=\"two\">text</b>\n  <c>\n    <d/>\n  </c>\n  "
+            "<e>leaf</e>\n</a>\n");
+}
+
+TEST(HostXMLWriter, AttributeWritersFormatEveryType) {
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  writer->StartElement("a");
+  writer->WriteAttributeUInt("u", 4294967295u);
+  writer->WriteAttributeInt("i", std::numeric_limits<int32_t>::min());
+  writer->WriteAttributeShort("s", -32768);
+  writer->WriteAttributeUShort("us", 65535);
+  writer->WriteAttributeFloat("f", 0.1f);
+  writer->WriteAttributeFloat("inf", -std::numeric_limits<float>::infinity());
+  writer->WriteAttributeFloat("nan", std::numeric_limits<float>::quiet_NaN());
+  writer->WriteAttributeBool("t", true);
+  writer->WriteAttributeBool("f2", false);
+  writer->EndElement();
+  EXPECT_EQ(Body(*writer),
+            "\n<a u=\"4294967295\" i=\"-2147483648\" s=\"-32768\" us=\"65535\" f=\"0.1\" "
+            "inf=\"-INF\" nan=\"NaN\" t=\"true\" f2=\"false\"/>\n");
+}
+
+TEST(HostXMLWriter, AttributesAfterTheStartTagAreDropped) {
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  writer->StartElement("a");
+  writer->WriteAttributeString("kept", "1");
+  writer->EndAttributes();
+  writer->WriteAttributeString("afterEnd", "2");
+  writer->StartElement("b");
+  writer->WriteAttributeString("own", "3");
+  writer->GetTextWriter()->WriteText("t");
+  writer->WriteAttributeString("afterText", "4");
+  writer->EndElement();
+  writer->WriteAttributeString("afterChild", "5");
+  writer->EndElement();
+  writer->WriteAttributeString("outside", "6");
+  EXPECT_EQ(Body(*writer), "\n<a kept=\"1\">\n  <b own=\"3\">t</b>\n</a>\n");
+}
+
+TEST(HostXMLWriter, RepeatedAttributeNameKeepsTheFirstValue) {
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  writer->StartElement("a");
+  writer->WriteAttributeString("id", "first");
+  writer->WriteAttributeUInt("id", 2);
+  writer->WriteAttributeString("name", "n");
+  writer->EndAttributes();
+  Element(*writer, "b");
+  writer->WriteAttributeString("id", "child");
+  writer->EndElement();
+  writer->EndElement();
+  EXPECT_EQ(Body(*writer), "\n<a id=\"first\" name=\"n\">\n  <b/>\n</a>\n");
+}
+
+TEST(HostXMLWriter, SpecialCharactersInAttributesAreEscaped) {
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  const std::string value = std::string("a&b<c>d\"e'f\tg\nh\ri") + '\x01' + "j" + '\x1f';
+  writer->StartElement("a");
+  writer->WriteAttributeString("v", value);
+  writer->EndElement();
+  const std::string body = Body(*writer);
+  EXPECT_EQ(body, "\n<a v=\"a&amp;b&lt;c&gt;d&quot;e'f&#9;g&#10;h&#13;ij\"/>\n");
+  auto reader = Reparse(writer->GetBuffer());
+  ASSERT_TRUE(reader);
+  oxString read;
+  EXPECT_TRUE(reader->ReadAttributeString("v", read));
+  EXPECT_EQ(read, "a&b<c>d\"e'f\tg\nh\rij");
+}
+
+TEST(HostXMLWriter, SpecialCharactersInTextAreEscaped) {
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  const std::string value = std::string("a&b<c>d\"e'f\tg\nh\ri]]>") + '\x00' + '\x0b' + "z";
+  Element(*writer, "a");
+  writer->GetTextWriter()->WriteText(value);
+  writer->EndElement();
+  EXPECT_EQ(Body(*writer), "\n<a>a&amp;b&lt;c&gt;d\"e'f\tg\nh&#13;i]]&gt;z</a>\n");
+  auto reader = Reparse(writer->GetBuffer());
+  ASSERT_TRUE(reader);
+  oxString read;
+  EXPECT_TRUE(reader->ReadTextString(read));
+  EXPECT_EQ(read, "a&b<c>d\"e'f\tg\nh\ri]]>z");
+}
+
+TEST(HostXMLWriter, EveryByteValueGivesAWellFormedDocument) {
+  std::string all;
+  for (int c = 1; c < 256; ++c)
+    all += static_cast<char>(c);
+  std::string expected;
+  for (char c : all) {
+    const auto u = static_cast<unsigned char>(c);
+    if (u >= 0x20 || c == '\t' || c == '\n' || c == '\r') expected += c;
+  }
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  writer->StartElement("a");
+  writer->WriteAttributeString("v", all);
+  writer->EndAttributes();
+  writer->GetTextWriter()->WriteText(all);
+  const oxString strings[] = {oxString(all)};
+  writer->GetTextWriter()->WriteStrings(strings, 1);
+  writer->EndElement();
+  EXPECT_EQ(writer->Close(), 0);
+  auto reader = Reparse(writer->GetBuffer());
+  ASSERT_TRUE(reader);
+  oxString attribute, text;
+  EXPECT_TRUE(reader->ReadAttributeString("v", attribute));
+  EXPECT_TRUE(reader->ReadTextString(text));
+  EXPECT_EQ(attribute, expected);
+  EXPECT_EQ(text, expected + " " + expected);
+}
+
+TEST(HostXMLWriter, TransparentElementPassesItsContentToTheEnclosingElement) {
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  writer->StartElement("a");
+  writer->WriteAttributeString("own", "1");
+  writer->StartElement("");
+  writer->WriteAttributeString("dropped", "2");
+  writer->EndAttributes();
+  writer->GetTextWriter()->WriteText("text");
+  Element(*writer, "b");
+  writer->EndElement();
+  EXPECT_EQ(writer->GetDepth(), 2u);
+  writer->EndElement();
+  EXPECT_EQ(writer->GetDepth(), 1u);
+  writer->GetTextWriter()->WriteText("more");
+  writer->EndElement();
+  EXPECT_EQ(writer->GetDepth(), 0u);
+  EXPECT_EQ(Body(*writer), "\n<a own=\"1\">text\n  <b/> more\n</a>\n");
+}
+
+TEST(HostXMLWriter, TransparentElementWithoutContentLeavesAnEmptyElementTag) {
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  writer->StartElement("a");
+  writer->StartElement("");
+  writer->WriteAttributeString("dropped", "1");
+  writer->EndElement();
+  writer->WriteAttributeString("late", "2");
+  writer->EndElement();
+  EXPECT_EQ(Body(*writer), "\n<a late=\"2\"/>\n");
+}
+
+TEST(HostXMLWriter, TransparentOuterElementLetsTheFirstNamedElementBeTheRoot) {
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  writer->StartElement("");
+  writer->GetTextWriter()->WriteText("dropped");
+  Element(*writer, "root");
+  writer->EndElement();
+  writer->EndElement();
+  EXPECT_EQ(Body(*writer), "\n<root/>\n");
+}
+
+TEST(HostXMLWriter, CloseToEndsTheElementsLeftOpen) {
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  Element(*writer, "a");
+  const unsigned int mark = writer->GetDepth();
+  Element(*writer, "b");
+  writer->StartElement("");
+  Element(*writer, "c");
+  EXPECT_EQ(writer->GetDepth(), 4u);
+  writer->CloseTo(mark);
+  EXPECT_EQ(writer->GetDepth(), 1u);
+  Element(*writer, "d");
+  writer->EndElement();
+  writer->CloseTo(5);
+  EXPECT_EQ(writer->GetDepth(), 1u);
+  writer->EndElement();
+  EXPECT_EQ(Body(*writer), "\n<a>\n  <b>\n    <c/>\n  </b>\n  <d/>\n</a>\n");
+}
+
+TEST(HostXMLWriter, CloseEndsEveryOpenElement) {
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  Element(*writer, "a");
+  Element(*writer, "b");
+  writer->GetTextWriter()->WriteText("t");
+  EXPECT_EQ(Body(*writer), "\n<a>\n  <b>t</b>\n</a>\n");
+  EXPECT_EQ(writer->GetDepth(), 0u);
+  EXPECT_EQ(writer->Close(), 0);
+  Element(*writer, "late");
+  EXPECT_EQ(writer->GetBuffer(), std::string(kDeclaration) + "\n<a>\n  <b>t</b>\n</a>\n");
+}
+
+TEST(HostXMLWriter, ExtraEndElementIsIgnored) {
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  Element(*writer, "a");
+  writer->EndElement();
+  EXPECT_EQ(writer->EndElement(), 0);
+  EXPECT_EQ(writer->GetDepth(), 0u);
+  EXPECT_EQ(Body(*writer), "\n<a/>\n");
+}
+
+TEST(HostXMLWriter, SecondRootIsDroppedWithItsContent) {
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  Element(*writer, "a");
+  writer->EndElement();
+  writer->StartElement("b");
+  writer->WriteAttributeString("x", "1");
+  writer->EndAttributes();
+  writer->GetTextWriter()->WriteText("text");
+  Element(*writer, "c");
+  writer->EndElement();
+  writer->EndElement();
+  writer->AddLeafElement("d", "leaf");
+  EXPECT_EQ(Body(*writer), "\n<a/>\n");
+}
+
+TEST(HostXMLWriter, TextOutsideTheRootIsDropped) {
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  writer->GetTextWriter()->WriteText("before");
+  const int32_t ints[] = {1, 2};
+  writer->GetTextWriter()->WriteInts(ints, 2);
+  Element(*writer, "a");
+  writer->EndElement();
+  writer->GetTextWriter()->WriteText("after");
+  EXPECT_EQ(Body(*writer), "\n<a/>\n");
+}
+
+TEST(HostXMLWriter, SuccessiveTextWritesAreSeparatedByOneBlank) {
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  Element(*writer, "a");
+  oxXMLTextWriter& text = *writer->GetTextWriter();
+  const int32_t ints[] = {std::numeric_limits<int32_t>::min(), 0,
+                          std::numeric_limits<int32_t>::max()};
+  const float floats[] = {0.5f, -2.0f, 1e-7f};
+  const bool bools[] = {true, false};
+  const oxString strings[] = {"x&y", "z"};
+  EXPECT_EQ(text.WriteInts(ints, 3), 0);
+  EXPECT_EQ(text.WriteFloats(floats, 3), 0);
+  EXPECT_EQ(text.WriteBools(bools, 2), 0);
+  EXPECT_EQ(text.WriteStrings(strings, 2), 0);
+  EXPECT_EQ(text.WriteText("end"), 0);
+  writer->EndElement();
+  EXPECT_EQ(Body(*writer),
+            "\n<a>-2147483648 0 2147483647 0.5 -2 1e-07 true false x&amp;y z end</a>\n");
+}
+
+TEST(HostXMLWriter, EmptyTextWritesWriteNothing) {
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  oxXMLTextWriter& text = *writer->GetTextWriter();
+  Element(*writer, "r");
+  Element(*writer, "a");
+  EXPECT_EQ(text.WriteText(""), 0);
+  EXPECT_EQ(text.WriteInts(nullptr, 0), 0);
+  EXPECT_EQ(text.WriteFloats(nullptr, 0), 0);
+  EXPECT_EQ(text.WriteBools(nullptr, 0), 0);
+  EXPECT_EQ(text.WriteStrings(nullptr, 0), 0);
+  writer->EndElement();
+  Element(*writer, "c");
+  text.WriteText("");
+  text.WriteText("x");
+  text.WriteInts(nullptr, 0);
+  text.WriteText("y");
+  writer->EndElement();
+  writer->EndElement();
+  EXPECT_EQ(Body(*writer), "\n<r>\n  <a/>\n  <c>x y</c>\n</r>\n");
+}
+
+TEST(HostXMLWriter, AddLeafElementSkipsEmptyTextUnlessAsked) {
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  Element(*writer, "r");
+  EXPECT_EQ(writer->AddLeafElement("skipped", ""), 0);
+  EXPECT_EQ(writer->AddLeafElement("kept", "", false), 0);
+  EXPECT_EQ(writer->AddLeafElement("text", "a<b"), 0);
+  writer->EndElement();
+  EXPECT_EQ(Body(*writer), "\n<r>\n  <kept/>\n  <text>a&lt;b</text>\n</r>\n");
+}
+
+TEST(HostXMLWriter, NonFiniteFloatsAreWrittenInTheirXMLSpellings) {
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  Element(*writer, "a");
+  const float values[] = {std::numeric_limits<float>::quiet_NaN(),
+                          std::numeric_limits<float>::infinity(),
+                          -std::numeric_limits<float>::infinity(), -0.0f};
+  writer->GetTextWriter()->WriteFloats(values, 4);
+  writer->EndElement();
+  EXPECT_EQ(Body(*writer), "\n<a>NaN INF -INF -0</a>\n");
+  auto reader = Reparse(writer->GetBuffer());
+  ASSERT_TRUE(reader);
+  float read[4] = {};
+  unsigned int parsed = 0;
+  EXPECT_EQ(reader->GetTextValue()->ParseFloats(read, 4, parsed), 0);
+  EXPECT_EQ(parsed, 4u);
+  EXPECT_TRUE(std::isnan(read[0]));
+  EXPECT_EQ(read[1], std::numeric_limits<float>::infinity());
+  EXPECT_EQ(read[2], -std::numeric_limits<float>::infinity());
+  EXPECT_EQ(Bits(read[3]), Bits(-0.0f));
+}
+
+TEST(HostXMLWriter, WrittenFloatsReadBackBitIdentical) {
+  const std::vector<float> values = RandomFloats(10'000);
+  size_t denormals = 0;
+  for (float v : values)
+    denormals += std::fpclassify(v) == FP_SUBNORMAL ? 1 : 0;
+  EXPECT_GE(denormals, 3u);
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  Element(*writer, "float_array");
+  writer->GetTextWriter()->WriteFloats(values.data(), static_cast<unsigned int>(values.size()));
+  writer->EndElement();
+  EXPECT_EQ(writer->Close(), 0);
+  LogCapture log;
+  auto reader = Reparse(writer->GetBuffer());
+  ASSERT_TRUE(reader);
+  const oxXMLTextValue* text = reader->GetTextValue();
+  ASSERT_NE(text, nullptr);
+  EXPECT_EQ(text->CountTokens(), values.size());
+  std::vector<float> read(values.size());
+  unsigned int parsed = 0;
+  EXPECT_EQ(text->ParseFloats(read.data(), static_cast<unsigned int>(read.size()), parsed), 0);
+  EXPECT_EQ(parsed, values.size());
+  size_t mismatches = 0;
+  for (size_t i = 0; i < values.size(); ++i)
+    mismatches += Bits(read[i]) == Bits(values[i]) ? 0 : 1;
+  EXPECT_EQ(mismatches, 0u);
+  EXPECT_EQ(log.Count(), 0u);
+}
+
+TEST(HostXMLWriter, FloatAttributesReadBackBitIdentical) {
+  const std::vector<float> values = RandomFloats(200);
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  Element(*writer, "r");
+  for (float value : values) {
+    writer->StartElement("v");
+    writer->WriteAttributeFloat("f", value);
+    writer->EndElement();
+  }
+  writer->EndElement();
+  EXPECT_EQ(writer->Close(), 0);
+  auto reader = Reparse(writer->GetBuffer());
+  ASSERT_TRUE(reader);
+  reader->EnterChildren();
+  std::vector<uint32_t> read;
+  while (reader->MoveNext() == kXMLOk) {
+    float value = 0;
+    EXPECT_TRUE(reader->ReadAttributeFloat("f", value));
+    read.push_back(Bits(value));
+  }
+  std::vector<uint32_t> expected;
+  for (float value : values)
+    expected.push_back(Bits(value));
+  EXPECT_EQ(read, expected);
+}
+
+TEST(HostXMLWriter, FileWriterWritesTheDocumentWhenClosed) {
+  TempFile file("");
+  oxRefPtr<oxXMLWriter> writer;
+  ASSERT_EQ(
+      oxXMLFactory::Instance(0).CreateWriter(writer, oxURI::FromFilePath(file.Path()), 0, nullptr),
+      0);
+  ASSERT_TRUE(writer);
+  EXPECT_EQ(writer->IsReady(), 0);
+  Element(*writer, "a");
+  writer->GetTextWriter()->WriteText("t");
+  EXPECT_EQ(writer->Close(), 0);
+  EXPECT_EQ(oxtest::ReadFile(file.Path()), std::string(kDeclaration) + "\n<a>t</a>\n");
+  EXPECT_EQ(writer->GetBuffer(), std::string(kDeclaration) + "\n<a>t</a>\n");
+}
+
+TEST(HostXMLWriter, FileWriterClosedByItsLastReference) {
+  TempFile file("old contents");
+  {
+    oxRefPtr<oxXMLWriter> writer;
+    ASSERT_EQ(oxXMLFactory::Instance(0).CreateWriter(writer, file.URI(), 0, nullptr), 0);
+    Element(*writer, "a");
+  }
+  EXPECT_EQ(oxtest::ReadFile(file.Path()), std::string(kDeclaration) + "\n<a/>\n");
+}
+
+TEST(HostXMLWriter, FileInAMissingDirectoryCannotBeCreated) {
+  LogCapture log;
+  const std::string path = (std::filesystem::temp_directory_path() /
+                            ("oxdae_no_such_dir_" + std::to_string(getpid())) / "out.dae")
+                               .string();
+  oxRefPtr<oxXMLWriter> writer;
+  ASSERT_EQ(oxXMLFactory::Instance(0).CreateWriter(writer, oxURI(path), 0, nullptr), 0);
+  ASSERT_TRUE(writer);
+  EXPECT_EQ(writer->IsReady(), kXMLCannotOpen);
+  const auto error = Error("cannot create '" + path + "': No such file or directory");
+  EXPECT_EQ(log.entries, (std::vector{error}));
+  Element(*writer, "a");
+  EXPECT_EQ(writer->Close(), kXMLCannotOpen);
+  EXPECT_EQ(log.entries, (std::vector{error, error}));
+  EXPECT_EQ(writer->Close(), 0);
+  EXPECT_EQ(log.Count(), 2u);
+}
+
+TEST(HostXMLWriter, NonFileURICannotBeWritten) {
+  LogCapture log;
+  oxRefPtr<oxXMLWriter> writer;
+  EXPECT_EQ(oxXMLFactory::Instance(0).CreateWriter(writer, oxURI("http://example.com/out.dae"), 0,
+                                                   nullptr),
+            kXMLCannotOpen);
+  EXPECT_FALSE(writer);
+  EXPECT_EQ(log.entries,
+            (std::vector{Error("cannot write 'http://example.com/out.dae': not a local file")}));
+}
+
+TEST(HostXMLWriter, MemoryWriterIsAlwaysReady) {
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  EXPECT_EQ(writer->IsReady(), 0);
+  EXPECT_EQ(writer->GetBuffer(), kDeclaration);
+  EXPECT_EQ(writer->Close(), 0);
+  EXPECT_EQ(writer->GetBuffer(), std::string(kDeclaration) + "\n");
+}

@@ -13,14 +13,38 @@
 
 namespace OxKernel::NumberText {
 
+// True when the decimal token (already known to be well formed) spells a
+// magnitude below one: the exponent of its first significant digit, after the
+// written exponent is applied, is negative.
+inline bool IsBelowOne(std::string_view token) {
+  size_t i = (!token.empty() && (token[0] == '+' || token[0] == '-')) ? 1 : 0;
+  long long leading = 0;  // exponent of the first significant digit, plus one
+  bool significant = false, fraction = false;
+  for (; i < token.size() && token[i] != 'e' && token[i] != 'E'; ++i) {
+    if (token[i] == '.') {
+      fraction = true;
+    } else if (token[i] != '0' || significant) {
+      significant = true;
+      leading += fraction ? 0 : 1;
+    } else if (fraction) {
+      --leading;
+    }
+  }
+  const bool negativeExponent = i + 1 < token.size() && token[i + 1] == '-';
+  long long exponent = 0;
+  for (++i; i < token.size(); ++i) {
+    if (token[i] >= '0' && token[i] <= '9' && exponent < 1'000'000'000)
+      exponent = exponent * 10 + (token[i] - '0');
+  }
+  return leading + (negativeExponent ? -exponent : exponent) <= 0;
+}
+
 // A floating-point token whose magnitude is beyond the type's range reads as
-// infinity (large exponent) or zero (negative exponent), keeping its sign.
+// infinity (too large) or zero (too small), keeping its sign.
 template <class T>
 T OutOfRangeValue(std::string_view token) {
   const bool negative = !token.empty() && token.front() == '-';
-  const size_t e = token.find_first_of("eE");
-  const bool tiny = e != std::string_view::npos && e + 1 < token.size() && token[e + 1] == '-';
-  const T magnitude = tiny ? T(0) : std::numeric_limits<T>::infinity();
+  const T magnitude = IsBelowOne(token) ? T(0) : std::numeric_limits<T>::infinity();
   return negative ? -magnitude : magnitude;
 }
 

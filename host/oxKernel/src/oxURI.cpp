@@ -45,7 +45,9 @@ oxString PercentDecode(std::string_view text) {
   return out;
 }
 
-// Removes "." and ".." segments from a path (RFC 3986, section 5.2.4).
+// Removes "." and ".." segments from a path (RFC 3986, section 5.2.4). A
+// relative path keeps the ".." segments that climb above its start: dropping
+// them would name another file.
 std::string RemoveDotSegments(std::string_view path) {
   const bool absolute = !path.empty() && path.front() == '/';
   std::vector<std::string_view> segments;
@@ -57,7 +59,11 @@ std::string RemoveDotSegments(std::string_view path) {
         path.substr(pos, slash == std::string_view::npos ? std::string_view::npos : slash - pos);
     trailingSlash = (seg == "." || seg == "..");
     if (seg == "..") {
-      if (!segments.empty()) segments.pop_back();
+      if (!segments.empty() && segments.back() != "..") {
+        segments.pop_back();
+      } else if (!absolute) {
+        segments.push_back(seg);
+      }
     } else if (seg != ".") {
       segments.push_back(seg);
     }

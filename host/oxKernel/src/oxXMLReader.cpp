@@ -4,6 +4,7 @@
 #include <cstring>
 #include <vector>
 
+#include <sys/stat.h>
 #include <pugixml.hpp>
 
 #include "oxKernel/oxCharacter.h"
@@ -30,6 +31,13 @@ pugi::xml_node NextElement(pugi::xml_node node) {
   while (node && node.type() != pugi::node_element)
     node = node.next_sibling();
   return node;
+}
+
+// Byte offset of an element's "<": the parser records where its name starts,
+// one byte further on.
+size_t StartTagOffset(pugi::xml_node element) {
+  const ptrdiff_t name = element.offset_debug();
+  return name > 0 ? static_cast<size_t>(name - 1) : 0;
 }
 
 oxXMLTextValue MakeTextValue(pugi::xml_node text, const char* tag) {
@@ -78,15 +86,18 @@ int ParseNumbers(std::string_view text, T* out, unsigned int wanted, unsigned in
     while (p != end && oxCharacter::IsSpace(*p))
       ++p;
     if (p == end) break;
+    // Converted into a local first: a token that turns out to be invalid
+    // must leave its destination slot untouched.
+    T value{};
     std::from_chars_result r;
     if constexpr (std::is_floating_point_v<T>) {
-      r = std::from_chars(p, end, out[parsed], std::chars_format::general);
+      r = std::from_chars(p, end, value, std::chars_format::general);
     } else {
-      r = std::from_chars(p, end, out[parsed]);
+      r = std::from_chars(p, end, value);
     }
     if (r.ec == std::errc() && (r.ptr == end || oxCharacter::IsSpace(*r.ptr))) {
+      out[parsed++] = value;
       p = r.ptr;
-      ++parsed;
       continue;
     }
     const char* start = p;
@@ -160,6 +171,7 @@ struct oxXMLReader::Impl {
     bool blocked = false;  // deeper than kMaxDepth: presents no elements
   };
   std::unique_ptr<char[]> bytes;
+  size_t size = 0;
   pugi::xml_document document;
   std::vector<Level> levels;
   bool depthReported = false;
@@ -187,11 +199,12 @@ int oxXMLReader::MoveNext() {
 void oxXMLReader::EnterChildren() {
   const pugi::xml_node current = m_impl->Current();
   const bool tooDeep = m_impl->levels.size() > kMaxDepth;
-  if (tooDeep && !m_impl->depthReported) {
+  // Only a level that really holds elements loses content worth reporting.
+  if (tooDeep && !m_impl->depthReported && NextElement(current.first_child())) {
     m_impl->depthReported = true;
     OX_LOG(kLogError,
            oxConcat("elements nested deeper than ", kMaxDepth, " levels at <", current.name(),
-                    "> (byte offset ", current.offset_debug(), "); their content is skipped"));
+                    "> (byte offset ", StartTagOffset(current), "); their content is skipped"));
   }
   m_impl->levels.push_back({current, {}, false, tooDeep || !current});
 }
@@ -213,6 +226,17 @@ size_t oxXMLReader::CountChildElements() const {
   return count;
 }
 
+size_t oxXMLReader::GetElementSpan() const {
+  const pugi::xml_node current = m_impl->Current();
+  const ptrdiff_t start = current.offset_debug();
+  ptrdiff_t end = -1;
+  for (pugi::xml_node n = current; n && end < 0; n = n.parent()) {
+    if (const pugi::xml_node next = n.next_sibling()) end = next.offset_debug();
+  }
+  if (start < 0) return m_impl->size;
+  return end < start ? m_impl->size - static_cast<size_t>(start) : static_cast<size_t>(end - start);
+}
+
 bool oxXMLReader::IsTag(std::string_view tag) const {
   return GetTag() == tag;
 }
@@ -222,8 +246,7 @@ std::string_view oxXMLReader::GetTag() const {
 }
 
 size_t oxXMLReader::GetOffset() const {
-  const ptrdiff_t offset = m_impl->Current().offset_debug();
-  return offset < 0 ? 0 : static_cast<size_t>(offset);
+  return StartTagOffset(m_impl->Current());
 }
 
 namespace {
@@ -339,31 +362,30 @@ oxXMLFactory& oxXMLFactory::Instance(unsigned int) {
 
 namespace {
 
-// Reads a whole file into one buffer of exactly its size, so that the bytes
-// are held once while the parser works on them in place.
-bool ReadWholeFile(std::FILE* file, std::unique_ptr<char[]>& bytes, size_t& size) {
-  size = 0;
+// Reads a whole file into one buffer of exactly its size (plus one spare
+// byte), so that the bytes are held once while the parser works on them in
+// place. Files whose size is not known up front (pipes) or that grow while
+// being read are read into a doubling buffer. Returns 0 or the errno value of
+// a failed read.
+int ReadWholeFile(std::FILE* file, std::unique_ptr<char[]>& bytes, size_t& size) {
+  struct stat info {};
   size_t capacity = 0;
-  if (std::fseek(file, 0, SEEK_END) == 0) {
-    const long end = std::ftell(file);
-    if (end > 0) capacity = static_cast<size_t>(end);
-    std::rewind(file);
-  }
+  if (fstat(fileno(file), &info) == 0 && S_ISREG(info.st_mode))
+    capacity = static_cast<size_t>(info.st_size);
   bytes = std::make_unique_for_overwrite<char[]>(capacity + 1);
+  size = 0;
   for (;;) {
-    if (size == capacity) {
-      // Not a regular file, or it grew: enlarge and go on reading.
-      const size_t larger = capacity ? capacity * 2 : (1 << 16);
-      auto grown = std::make_unique_for_overwrite<char[]>(larger + 1);
-      std::memcpy(grown.get(), bytes.get(), size);
-      bytes = std::move(grown);
-      capacity = larger;
-    }
-    const size_t n = std::fread(bytes.get() + size, 1, capacity - size, file);
-    size += n;
-    if (n == 0) break;
+    size += std::fread(bytes.get() + size, 1, capacity - size, file);
+    if (size < capacity) break;  // end of file or read error
+    const int next = std::fgetc(file);
+    if (next == EOF) break;
+    capacity = capacity ? capacity * 2 : (1 << 16);
+    auto grown = std::make_unique_for_overwrite<char[]>(capacity + 1);
+    std::memcpy(grown.get(), bytes.get(), size);
+    bytes = std::move(grown);
+    bytes[size++] = static_cast<char>(next);
   }
-  return std::ferror(file) == 0;
+  return std::ferror(file) ? errno : 0;
 }
 
 int Parse(oxRefPtr<oxXMLReader>& reader, oxXMLReader::Impl& impl, size_t size,
@@ -371,6 +393,7 @@ int Parse(oxRefPtr<oxXMLReader>& reader, oxXMLReader::Impl& impl, size_t size,
   const pugi::xml_parse_result result =
       impl.document.load_buffer_inplace(impl.bytes.get(), size, kParseOptions, pugi::encoding_auto);
   if (result) {
+    impl.size = size;
     impl.levels.push_back({impl.document, {}, false, false});
     return kXMLOk;
   }
@@ -393,10 +416,10 @@ int oxXMLFactory::CreateReader(oxRefPtr<oxXMLReader>& reader, const oxURI& uri, 
   }
   auto impl = std::make_unique<oxXMLReader::Impl>();
   size_t size = 0;
-  const bool ok = ReadWholeFile(file, impl->bytes, size);
+  const int readError = ReadWholeFile(file, impl->bytes, size);
   std::fclose(file);
-  if (!ok) {
-    OX_LOG(kLogError, oxConcat("cannot read '", uri.GetString(), "'"));
+  if (readError != 0) {
+    OX_LOG(kLogError, oxConcat("cannot read '", uri.GetString(), "': ", std::strerror(readError)));
     return kXMLCannotOpen;
   }
   oxXMLReader::Impl& parsed = *impl;
@@ -407,7 +430,7 @@ int oxXMLFactory::CreateReader(oxRefPtr<oxXMLReader>& reader, const oxURI& uri, 
 int oxXMLFactory::CreateReader(oxRefPtr<oxXMLReader>& reader, std::string_view bytes, int) {
   auto impl = std::make_unique<oxXMLReader::Impl>();
   impl->bytes = std::make_unique_for_overwrite<char[]>(bytes.size() + 1);
-  std::memcpy(impl->bytes.get(), bytes.data(), bytes.size());
+  if (!bytes.empty()) std::memcpy(impl->bytes.get(), bytes.data(), bytes.size());
   oxXMLReader::Impl& parsed = *impl;
   reader = oxRefPtr<oxXMLReader>(new oxXMLReader(std::move(impl)));
   return Parse(reader, parsed, bytes.size(), "the in-memory document");

@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -90,6 +92,7 @@ struct oxXMLWriter::Impl {
     bool attributesEnded = false;
     bool hasChildren = false;
     bool hasText = false;
+    std::vector<std::string> attributeNames;  // written so far, to refuse repeats
   };
   std::string buffer;
   std::vector<Frame> frames;
@@ -164,7 +167,7 @@ int oxXMLWriter::StartElement(std::string_view tag) {
   w.NewLine(w.namedDepth);
   w.buffer += '<';
   w.buffer.append(tag);
-  w.frames.push_back({std::string(tag), true, false, false, false});
+  w.frames.push_back({std::string(tag), true, false, false, false, {}});
   ++w.namedDepth;
   return 0;
 }
@@ -174,6 +177,9 @@ int oxXMLWriter::WriteAttributeString(std::string_view name, std::string_view va
   if (w.frames.empty()) return 0;
   Impl::Frame& f = w.frames.back();
   if (f.tag.empty() || !f.startTagOpen || f.attributesEnded) return 0;
+  // A repeated name would make the element ill-formed: the first value stays.
+  if (std::ranges::find(f.attributeNames, name) != f.attributeNames.end()) return 0;
+  f.attributeNames.emplace_back(name);
   w.buffer += ' ';
   w.buffer.append(name);
   w.buffer += "=\"";
@@ -270,14 +276,14 @@ std::string_view oxXMLWriter::GetBuffer() const {
 
 int oxXMLTextWriter::WriteText(std::string_view text) {
   oxXMLWriter::Impl& w = *m_writer.m_impl;
-  if (!w.BeginText()) return 0;
+  if (text.empty() || !w.BeginText()) return 0;
   AppendEscaped(w.buffer, text, false);
   return 0;
 }
 
 int oxXMLTextWriter::WriteFloats(const float* values, unsigned int count, int) {
   oxXMLWriter::Impl& w = *m_writer.m_impl;
-  if (!w.BeginText()) return 0;
+  if (count == 0 || !w.BeginText()) return 0;
   for (unsigned int i = 0; i < count; ++i) {
     if (i) w.buffer += ' ';
     AppendFloat(w.buffer, values[i]);
@@ -287,7 +293,7 @@ int oxXMLTextWriter::WriteFloats(const float* values, unsigned int count, int) {
 
 int oxXMLTextWriter::WriteInts(const int32_t* values, unsigned int count, int) {
   oxXMLWriter::Impl& w = *m_writer.m_impl;
-  if (!w.BeginText()) return 0;
+  if (count == 0 || !w.BeginText()) return 0;
   for (unsigned int i = 0; i < count; ++i) {
     if (i) w.buffer += ' ';
     AppendInteger(w.buffer, values[i]);
@@ -297,7 +303,7 @@ int oxXMLTextWriter::WriteInts(const int32_t* values, unsigned int count, int) {
 
 int oxXMLTextWriter::WriteBools(const bool* values, unsigned int count, int) {
   oxXMLWriter::Impl& w = *m_writer.m_impl;
-  if (!w.BeginText()) return 0;
+  if (count == 0 || !w.BeginText()) return 0;
   for (unsigned int i = 0; i < count; ++i) {
     if (i) w.buffer += ' ';
     w.buffer += values[i] ? "true" : "false";
@@ -307,7 +313,7 @@ int oxXMLTextWriter::WriteBools(const bool* values, unsigned int count, int) {
 
 int oxXMLTextWriter::WriteStrings(const oxString* values, unsigned int count, int) {
   oxXMLWriter::Impl& w = *m_writer.m_impl;
-  if (!w.BeginText()) return 0;
+  if (count == 0 || !w.BeginText()) return 0;
   for (unsigned int i = 0; i < count; ++i) {
     if (i) w.buffer += ' ';
     AppendEscaped(w.buffer, values[i], false);

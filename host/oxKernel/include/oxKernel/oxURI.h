@@ -26,7 +26,8 @@ class oxURI {
     bool hasAuthority = false, hasQuery = false, hasFragment = false;
   };
   // Splits the text. A scheme needs at least two characters, so "C:/x" is a
-  // path with a drive letter, not a URI with scheme "C".
+  // path with a drive letter, not a URI with scheme "C". The parts view this
+  // object's text: the URI must outlive them.
   Parts Split() const;
 
   bool HasScheme() const { return !Split().scheme.empty(); }

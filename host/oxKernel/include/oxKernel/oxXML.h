@@ -72,8 +72,9 @@ class oxXMLTextValue {
 
 class oxXMLReader : public oxRefPtrObject {
  public:
-  // Elements nested deeper than this are not entered: EnterChildren logs one
-  // error per document and presents an empty level instead.
+  // Elements nested deeper than this are not entered: EnterChildren presents
+  // an empty level instead and, the first time child elements are skipped in
+  // a document, logs one error.
   static constexpr unsigned int kMaxDepth = 1000;
 
   ~oxXMLReader() override;
@@ -88,6 +89,10 @@ class oxXMLReader : public oxRefPtrObject {
 
   // Number of child elements of the current element.
   size_t CountChildElements() const;
+  // Bytes of the parsed text from the current element's start tag to the
+  // next element after it (its whole content): an upper bound for how much
+  // data the element can hold.
+  size_t GetElementSpan() const;
   bool IsTag(std::string_view tag) const;
   std::string_view GetTag() const;
   oxString GetTagName() const { return oxString(GetTag()); }
@@ -140,7 +145,8 @@ class oxXMLReader : public oxRefPtrObject {
 class oxXMLWriter;
 
 // Writes the text content of the element open in its writer. Successive calls
-// within one element are separated by one blank.
+// within one element are separated by one blank; a call with no values or an
+// empty text writes nothing.
 class oxXMLTextWriter {
  public:
   int WriteFloats(const float* values, unsigned int count, int flags = 0);
@@ -164,7 +170,7 @@ class oxXMLWriter : public oxRefPtrObject {
   // The tag must be a valid XML name, or empty for a transparent element.
   int StartElement(std::string_view tag);
   // Attributes are written on the element just started, before its content;
-  // anywhere else they are dropped.
+  // anywhere else they are dropped, and so is a name the element already has.
   int WriteAttributeString(std::string_view name, std::string_view value);
   int WriteAttributeUInt(std::string_view name, uint32_t value);
   int WriteAttributeInt(std::string_view name, int32_t value);
