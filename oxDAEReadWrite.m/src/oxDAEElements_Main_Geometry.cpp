@@ -167,10 +167,13 @@ const std::string_view oxDAEMeshPrimitive::kTags[7] = {
 
 namespace {
 
-// The index lists a primitive reads into.
+// The index lists a primitive reads into. Every list but the first needs a
+// <p> element of its own, and a <lines> segment at least four characters, so
+// a count beyond half the element's bytes cannot be real: it is lowered, with
+// an error, to keep memory proportional to the input.
 uint32_t IndexListCount(const oxDAEMeshPrimitive& primitive, const OxKernel::oxXMLReader& reader) {
   if (primitive.type == EPrimitive::TRIANGLES || primitive.type == EPrimitive::POLYLIST) return 1;
-  const uint64_t most = reader.CountChildElements() + oxDAEMeshPrimitive::kSpareIndexLists;
+  const uint64_t most = reader.GetElementSpan() / 2 + oxDAEMeshPrimitive::kSpareIndexLists;
   if (primitive.count <= most) return primitive.count;
   OX_LOG(OxKernel::kLogError, OxKernel::oxConcat("<", reader.GetTag(), "> count ", primitive.count,
                                                  " is larger than its content can hold; keeping ",

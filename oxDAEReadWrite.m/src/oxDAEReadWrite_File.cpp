@@ -221,7 +221,11 @@ EToken oxDAEFile::_GetToken(std::string_view word) {
 }
 
 const oxString& oxDAEFile::_GetTokenString(EToken token) {
-  return s_Tokens[static_cast<int>(token)];
+  // A value cast from an integer outside the enumeration reads as the empty
+  // word instead of indexing past the table.
+  const int index = static_cast<int>(token);
+  if (index < 0 || index >= oxDAEBaseElement::kTokenCount) return s_Tokens[0];
+  return s_Tokens[index];
 }
 
 void oxDAEFile::_PrepareHashTable() {

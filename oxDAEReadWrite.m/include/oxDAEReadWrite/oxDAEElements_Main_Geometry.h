@@ -105,15 +105,14 @@ class oxDAEMeshPrimitive : public oxDAEBaseElement {
   };
   // The tags of the seven types, by type.
   static const std::string_view kTags[7];
-  // How many index lists a primitive may hold beyond its child elements:
-  // lists that no <p> fills stay empty, so more are never needed.
+  // How many index lists a primitive may hold beyond half its byte size.
   static constexpr uint32_t kSpareIndexLists = 16;
 
   oxDAEMeshPrimitive() = default;
   explicit oxDAEMeshPrimitive(EType type) : type(type) {}
 
   // Triangles and polylists hold one index list, the other types "count"
-  // lists (bounded, with an error, by the number of child elements plus
+  // lists (bounded, with an error, by half the element's size in bytes plus
   // kSpareIndexLists); <p> elements beyond the lists are ignored. A <p>
   // whose text is split by comments or elements is gathered into one list.
   void Read(oxDAEFile& file) override;

@@ -99,7 +99,7 @@ class oxDAEFile {
   static const oxString s_Tokens[oxDAEBaseElement::kTokenCount];
   // The token of an upper-case word; NONE for a word not in the table.
   static EToken _GetToken(std::string_view word);
-  // The word of a token (no range check beyond the enumeration's).
+  // The word of a token; the empty word for a value outside the enumeration.
   static const oxString& _GetTokenString(EToken token);
   // Builds the word-to-token table once; a second call does nothing.
   static void _PrepareHashTable();
