@@ -1,1 +1,144 @@
+// Real documents written by real exporters, listed in the shared corpus's
+// MANIFEST.tsv. Runs only when the corpus folder exists. For every COLLADA
+// 1.4.x file: it loads, its saved form is well-formed XML that loads again,
+// and saving converges (the third save equals the second byte for byte).
+// Other versions load as an empty root with one version error.
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include <pugixml.hpp>
+
 #include "oxTestSupport.h"
+
+using namespace OxDAEReader;
+
+namespace {
+
+struct CorpusFile {
+  std::string path;      // relative to the corpus folder
+  std::string version;   // the root's "version", empty when none
+  std::string features;  // comma-separated hints; "broken" marks damaged files
+};
+
+void PrintTo(const CorpusFile& file, std::ostream* os) {
+  *os << file.path;
+}
+
+std::vector<CorpusFile> ReadManifest() {
+  std::ifstream in(std::string(OX_CORPUS_DIR) + "/MANIFEST.tsv");
+  std::vector<CorpusFile> files;
+  std::string line;
+  std::getline(in, line);  // header
+  while (std::getline(in, line)) {
+    std::vector<std::string> columns;
+    std::stringstream row(line);
+    for (std::string column; std::getline(row, column, '\t');)
+      columns.push_back(column);
+    if (columns.size() >= 9) files.push_back({columns[0], columns[6], columns[8]});
+  }
+  return files;
+}
+
+std::string TestName(const ::testing::TestParamInfo<CorpusFile>& info) {
+  std::string name;
+  for (char c : info.param.path)
+    name += std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
+  return name;
+}
+
+bool IsBroken(const CorpusFile& file) {
+  return file.features.find("broken") != std::string::npos;
+}
+
+// Loads `path` into a fresh document and saves it as text; the load's result
+// goes to `rc`.
+std::string LoadAndSave(const std::string& path, int& rc) {
+  oxDAEFile document;
+  rc = document.Load(OxKernel::oxURI(path));
+  OxKernel::oxString xml;
+  if (rc == 0) {
+    EXPECT_EQ(document.SaveToString(xml), 0) << path;
+  }
+  return xml;
+}
+
+std::string SaveOfText(const std::string& xml, int& rc) {
+  oxtest::TempFile file(xml);
+  return LoadAndSave(file.Path(), rc);
+}
+
+class Corpus : public ::testing::TestWithParam<CorpusFile> {
+ protected:
+  std::string Path() const { return std::string(OX_CORPUS_DIR) + "/" + GetParam().path; }
+};
+
+TEST_P(Corpus, LoadsSavesAndConverges) {
+  const CorpusFile& file = GetParam();
+  oxtest::LogCapture log;
+  int rc = 0;
+  const std::string save1 = LoadAndSave(Path(), rc);
+  if (!file.version.starts_with("1.4.")) {
+    if (file.version.empty()) {
+      EXPECT_EQ(rc, OxKernel::kXMLNotWellFormed);
+      return;
+    }
+    ASSERT_EQ(rc, 0);
+    EXPECT_EQ(log.Count(OxKernel::kLogError, "Unsupported version of DAE File"), 1u);
+    EXPECT_EQ(save1, "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<COLLADA xmlns=\"" +
+                         std::string(oxDAEColladaElement::kNamespace) + "\" version=\"" +
+                         file.version + "\"/>\n");
+    return;
+  }
+  if (rc == OxKernel::kXMLNotWellFormed && IsBroken(file))
+    GTEST_SKIP() << "damaged on purpose: not well-formed XML";
+  ASSERT_EQ(rc, 0);
+  pugi::xml_document parsed;
+  ASSERT_TRUE(parsed.load_string(save1.c_str()))
+      << "save of " << file.path << " is not well-formed";
+  const std::string save2 = SaveOfText(save1, rc);
+  ASSERT_EQ(rc, 0);
+  const std::string save3 = SaveOfText(save2, rc);
+  ASSERT_EQ(rc, 0);
+  EXPECT_TRUE(save3 == save2) << file.path << ": saving does not reach a fixed point";
+  RecordProperty("fixed_at_first_save", save1 == save2 ? "yes" : "no");
+}
+
+// Runs `oxdae info FILE`: exit 0, or 1 with one "oxdae: " line saying why.
+TEST_P(Corpus, ToolSummarisesOrExplains) {
+  const std::string command = std::string(OX_OXDAE_PATH) + " info '" + Path() + "' 2>&1 >/dev/null";
+  FILE* pipe = popen(command.c_str(), "r");
+  ASSERT_NE(pipe, nullptr);
+  std::string errors;
+  char buffer[4096];
+  for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+    errors.append(buffer, n);
+  const int status = pclose(pipe);
+  ASSERT_TRUE(WIFEXITED(status)) << "oxdae did not exit normally";
+  const int code = WEXITSTATUS(status);
+  if (code == 0) return;
+  EXPECT_EQ(code, 1);
+  size_t reasons = 0;
+  for (size_t at = errors.find("oxdae: "); at != std::string::npos;
+       at = errors.find("oxdae: ", at + 1))
+    ++reasons;
+  EXPECT_EQ(reasons, 1u) << errors;
+  EXPECT_TRUE(IsBroken(GetParam())) << GetParam().path << " should load: " << errors;
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, Corpus, ::testing::ValuesIn(ReadManifest()), TestName);
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(Corpus);
+
+TEST(CorpusFolder, ManifestListsTheFilesWhenPresent) {
+  if (!std::filesystem::exists(OX_CORPUS_DIR))
+    GTEST_SKIP() << "no corpus folder at " << OX_CORPUS_DIR;
+  const std::vector<CorpusFile> files = ReadManifest();
+  ASSERT_FALSE(files.empty());
+  for (const CorpusFile& f : files)
+    EXPECT_TRUE(std::filesystem::exists(std::string(OX_CORPUS_DIR) + "/" + f.path));
+}
+
+}  // namespace

@@ -61,8 +61,8 @@ std::string Collada(std::string_view body, std::string_view version) {
          std::string(version) + "\">" + std::string(body) + "</COLLADA>";
 }
 
-XmlRegistrar::XmlRegistrar(const char* testName, const char* xml) {
-  XmlByTest()[testName] = xml;
+XmlRegistrar::XmlRegistrar(const char* testName, std::string xml) {
+  XmlByTest()[testName] = std::move(xml);
 }
 
 void DocumentTest::SetUp() {

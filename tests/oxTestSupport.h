@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,6 +43,11 @@ class LogCapture {
  private:
   OxKernel::oxScopedLogSink m_sink;
 };
+
+// Prints a record the way the default log sink does, for failure messages.
+inline void PrintTo(const LogEntry& e, std::ostream* os) {
+  *os << OxKernel::oxLog::LevelName(e.level) << ": " << e.text;
+}
 
 inline LogEntry Error(std::string text) {
   return {OxKernel::kLogError, std::move(text)};
@@ -97,7 +103,7 @@ class DocumentTest : public ::testing::Test {
 
 // Registers the XML of one TEST_XML test under "Suite.Name".
 struct XmlRegistrar {
-  XmlRegistrar(const char* testName, const char* xml);
+  XmlRegistrar(const char* testName, std::string xml);
 };
 
 }  // namespace oxtest

@@ -1,0 +1,494 @@
+#include "oxdae_document_generator.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <string_view>
+#include <vector>
+
+namespace oxdae_bench {
+
+namespace {
+
+// splitmix64: a small generator whose sequence is fixed by its seed.
+class Random {
+ public:
+  explicit Random(uint64_t seed) : m_state(seed) {}
+
+  uint64_t Next() {
+    uint64_t z = (m_state += 0x9e3779b97f4a7c15ULL);
+    z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ULL;
+    z = (z ^ (z >> 27)) * 0x94d049bb133111ebULL;
+    return z ^ (z >> 31);
+  }
+  // Uniform in [0, 1), from the top 53 bits.
+  double Unit() { return static_cast<double>(Next() >> 11) * 0x1.0p-53; }
+  double Between(double low, double high) { return low + (high - low) * Unit(); }
+  // Uniform in [0, n).
+  uint32_t Below(uint32_t n) { return static_cast<uint32_t>(((Next() >> 32) * n) >> 32); }
+
+ private:
+  uint64_t m_state;
+};
+
+// Collects text and hands it to the file in large blocks; without a file the
+// text stays in memory until Take.
+class TextSink {
+ public:
+  explicit TextSink(std::FILE* file = nullptr) : m_file(file) {}
+
+  void Put(std::string_view text) {
+    m_buffer.append(text);
+    if (m_file && m_buffer.size() >= kBlock) Flush();
+  }
+  void Put(char c) { Put(std::string_view(&c, 1)); }
+  void PutUInt(uint64_t value) { PutChars(value); }
+  void PutFixed(double value, int decimals) { PutChars(value, std::chars_format::fixed, decimals); }
+  void PutScientific(double value, int precision) {
+    PutChars(value, std::chars_format::scientific, precision);
+  }
+
+  uint64_t Size() const { return m_flushed + m_buffer.size(); }
+  // Writes what is left; false when any write failed.
+  bool Finish() {
+    if (m_file) Flush();
+    return m_ok;
+  }
+  std::string Take() { return std::move(m_buffer); }
+
+ private:
+  static constexpr size_t kBlock = size_t{1} << 20;
+
+  template <class... Args>
+  void PutChars(Args... args) {
+    char text[64];
+    const std::to_chars_result r = std::to_chars(text, text + sizeof text, args...);
+    Put(std::string_view(text, static_cast<size_t>(r.ptr - text)));
+  }
+  void Flush() {
+    m_ok = m_ok && std::fwrite(m_buffer.data(), 1, m_buffer.size(), m_file) == m_buffer.size();
+    m_flushed += m_buffer.size();
+    m_buffer.clear();
+  }
+
+  std::FILE* m_file;
+  std::string m_buffer;
+  uint64_t m_flushed = 0;
+  bool m_ok = true;
+};
+
+// --- Numbers as exporters write them ------------------------------------------
+
+// Mesh sizes from a tenth of a unit to a few thousand units. A table rather
+// than a power function keeps the values independent of the maths library.
+constexpr double kScales[] = {0.1, 0.35, 1.0, 2.5, 10.0, 40.0, 100.0, 350.0, 1000.0};
+// The near-zero components that exporters leave in normals.
+constexpr double kTinyScales[] = {1e-9, 1e-8, 1e-7, 1e-6, 1e-5};
+
+// Mostly fixed notation with one to six decimals; now and then a whole number
+// or scientific notation.
+void PutCoordinate(TextSink& out, Random& random, double value) {
+  const uint32_t style = random.Below(100);
+  if (style < 3) {
+    out.PutScientific(value, 2 + static_cast<int>(random.Below(5)));
+  } else if (style < 6) {
+    out.PutFixed(value, 0);
+  } else {
+    out.PutFixed(value, 1 + static_cast<int>(random.Below(6)));
+  }
+}
+
+// A unit-vector component: four to six decimals, scientific notation for the
+// tiny values.
+void PutNormalComponent(TextSink& out, Random& random, double value) {
+  if (std::fabs(value) < 1e-3) {
+    out.PutScientific(value, 3 + static_cast<int>(random.Below(4)));
+  } else {
+    out.PutFixed(value, 4 + static_cast<int>(random.Below(3)));
+  }
+}
+
+struct MeshPlan {
+  uint32_t index = 0;
+  uint32_t positions = 0;  // records of each source
+  uint32_t normals = 0;
+  uint32_t texcoords = 0;
+  uint32_t triangles = 0;
+  uint32_t polygons = 0;  // faces of the polylist
+  double scale = 1.0;
+  double center[3] = {0.0, 0.0, 0.0};
+};
+
+MeshPlan PlanMesh(uint32_t index, uint32_t vertices, Random& random) {
+  MeshPlan plan;
+  plan.index = index;
+  plan.positions = vertices;
+  plan.normals = vertices;
+  plan.texcoords = vertices + vertices / 4;  // texture seams split vertices
+  plan.triangles = vertices;
+  plan.polygons = std::max<uint32_t>(1, vertices / 2);
+  plan.scale = kScales[random.Below(std::size(kScales))] * random.Between(1.0, 2.0);
+  for (double& c : plan.center)
+    c = plan.scale * random.Between(-2.0, 2.0);
+  return plan;
+}
+
+void PutPosition(TextSink& out, Random& random, const MeshPlan& plan) {
+  for (double c : plan.center) {
+    out.Put(' ');
+    PutCoordinate(out, random, c + plan.scale * random.Between(-1.0, 1.0));
+  }
+}
+
+void PutNormal(TextSink& out, Random& random, const MeshPlan&) {
+  double v[3] = {random.Between(-1.0, 1.0), random.Between(-1.0, 1.0), random.Between(-1.0, 1.0)};
+  double length = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
+  if (length < 1e-6) {
+    v[0] = v[2] = 0.0;
+    v[1] = length = 1.0;
+  }
+  for (double c : v) {
+    double component = c / length;
+    if (random.Below(50) == 0) {
+      const double tiny = kTinyScales[random.Below(std::size(kTinyScales))];
+      component = (component < 0 ? -tiny : tiny) * random.Between(1.0, 10.0);
+    }
+    out.Put(' ');
+    PutNormalComponent(out, random, component);
+  }
+}
+
+void PutTexcoord(TextSink& out, Random& random, const MeshPlan&) {
+  for (int k = 0; k < 2; ++k) {
+    out.Put(' ');
+    out.PutFixed(random.Between(-0.25, 1.25), 4 + static_cast<int>(random.Below(3)));
+  }
+}
+
+// A record index near `face`'s place along the list, so that neighbouring
+// faces share nearby records as in a real mesh.
+uint32_t NearbyIndex(Random& random, uint32_t records, uint64_t face, uint64_t faces) {
+  const uint64_t base = face * records / faces;
+  return static_cast<uint32_t>((base + random.Below(48)) % records);
+}
+
+// One polygon corner: position, normal and texture coordinate indices.
+void PutCorner(TextSink& out, Random& random, const MeshPlan& plan, uint64_t face, uint64_t faces) {
+  for (uint32_t records : {plan.positions, plan.normals, plan.texcoords}) {
+    out.Put(' ');
+    out.PutUInt(NearbyIndex(random, records, face, faces));
+  }
+}
+
+// --- Markup ------------------------------------------------------------------
+
+constexpr uint32_t kMaterials = 3;
+constexpr uint32_t kRecordsPerLine = 8;
+
+std::string MeshID(uint32_t index) {
+  return "mesh-" + std::to_string(index);
+}
+
+void PutAttribute(TextSink& out, std::string_view name, std::string_view value) {
+  out.Put(' ');
+  out.Put(name);
+  out.Put("=\"");
+  out.Put(value);
+  out.Put('"');
+}
+
+void PutCountAttribute(TextSink& out, uint64_t count) {
+  out.Put(" count=\"");
+  out.PutUInt(count);
+  out.Put('"');
+}
+
+using PutRecord = void (*)(TextSink&, Random&, const MeshPlan&);
+
+struct SourceLayout {
+  std::string_view name;        // "positions", "normals", "uv"
+  std::string_view paramNames;  // one letter per value of a record
+  uint32_t records;
+  PutRecord put;
+};
+
+void WriteAccessor(TextSink& out, const std::string& sourceID, const SourceLayout& layout) {
+  out.Put("          <technique_common>\n            <accessor");
+  PutAttribute(out, "source", "#" + sourceID + "-array");
+  PutCountAttribute(out, layout.records);
+  PutAttribute(out, "stride", std::to_string(layout.paramNames.size()));
+  out.Put(">\n");
+  for (char name : layout.paramNames) {
+    out.Put("              <param name=\"");
+    out.Put(name);
+    out.Put("\" type=\"float\"/>\n");
+  }
+  out.Put("            </accessor>\n          </technique_common>\n");
+}
+
+void WriteSource(TextSink& out, Random& random, const MeshPlan& plan, const SourceLayout& layout) {
+  const std::string id = MeshID(plan.index) + "-" + std::string(layout.name);
+  out.Put("        <source");
+  PutAttribute(out, "id", id);
+  out.Put(">\n          <float_array");
+  PutAttribute(out, "id", id + "-array");
+  PutCountAttribute(out, uint64_t{layout.records} * layout.paramNames.size());
+  out.Put(">");
+  for (uint32_t i = 0; i < layout.records; ++i) {
+    if (i % kRecordsPerLine == 0) out.Put('\n');
+    layout.put(out, random, plan);
+  }
+  out.Put("\n          </float_array>\n");
+  WriteAccessor(out, id, layout);
+  out.Put("        </source>\n");
+}
+
+void WriteVertices(TextSink& out, const MeshPlan& plan) {
+  const std::string id = MeshID(plan.index);
+  out.Put("        <vertices");
+  PutAttribute(out, "id", id + "-vertices");
+  out.Put(">\n          <input semantic=\"POSITION\"");
+  PutAttribute(out, "source", "#" + id + "-positions");
+  out.Put("/>\n        </vertices>\n");
+}
+
+// Starts a primitive element with its three inputs at offsets 0, 1 and 2.
+void StartPrimitive(TextSink& out, std::string_view tag, const MeshPlan& plan, uint32_t faces,
+                    uint32_t material) {
+  const std::string id = MeshID(plan.index);
+  out.Put("        <");
+  out.Put(tag);
+  PutAttribute(out, "material", "material-" + std::to_string(material) + "-symbol");
+  PutCountAttribute(out, faces);
+  out.Put(">\n          <input semantic=\"VERTEX\"");
+  PutAttribute(out, "source", "#" + id + "-vertices");
+  out.Put(" offset=\"0\"/>\n          <input semantic=\"NORMAL\"");
+  PutAttribute(out, "source", "#" + id + "-normals");
+  out.Put(" offset=\"1\"/>\n          <input semantic=\"TEXCOORD\"");
+  PutAttribute(out, "source", "#" + id + "-uv");
+  out.Put(" offset=\"2\" set=\"0\"/>\n");
+}
+
+void EndPrimitive(TextSink& out, std::string_view tag) {
+  out.Put("        </");
+  out.Put(tag);
+  out.Put(">\n");
+}
+
+void WriteTriangles(TextSink& out, Random& random, const MeshPlan& plan) {
+  StartPrimitive(out, "triangles", plan, plan.triangles, plan.index % kMaterials);
+  out.Put("          <p>");
+  for (uint32_t face = 0; face < plan.triangles; ++face) {
+    if (face % kRecordsPerLine == 0) out.Put('\n');
+    for (int corner = 0; corner < 3; ++corner)
+      PutCorner(out, random, plan, face, plan.triangles);
+  }
+  out.Put("\n          </p>\n");
+  EndPrimitive(out, "triangles");
+}
+
+// Mostly quads, some triangles, pentagons and hexagons.
+std::vector<uint8_t> PolygonSizes(Random& random, uint32_t polygons) {
+  constexpr uint8_t kSizes[10] = {3, 3, 4, 4, 4, 4, 4, 4, 5, 6};
+  std::vector<uint8_t> sizes(polygons);
+  for (uint8_t& size : sizes)
+    size = kSizes[random.Below(10)];
+  return sizes;
+}
+
+void WritePolylist(TextSink& out, Random& random, const MeshPlan& plan) {
+  const std::vector<uint8_t> sizes = PolygonSizes(random, plan.polygons);
+  StartPrimitive(out, "polylist", plan, plan.polygons, (plan.index + 1) % kMaterials);
+  out.Put("          <vcount>");
+  for (uint8_t size : sizes) {
+    out.PutUInt(size);
+    out.Put(' ');
+  }
+  out.Put("</vcount>\n          <p>");
+  for (uint32_t face = 0; face < plan.polygons; ++face) {
+    if (face % kRecordsPerLine == 0) out.Put('\n');
+    for (uint8_t corner = 0; corner < sizes[face]; ++corner)
+      PutCorner(out, random, plan, face, plan.polygons);
+  }
+  out.Put("\n          </p>\n");
+  EndPrimitive(out, "polylist");
+}
+
+void WriteMesh(TextSink& out, Random& random, const MeshPlan& plan) {
+  const std::string id = MeshID(plan.index);
+  out.Put("    <geometry");
+  PutAttribute(out, "id", id);
+  PutAttribute(out, "name", "Mesh " + std::to_string(plan.index));
+  out.Put(">\n      <mesh>\n");
+  WriteSource(out, random, plan, {"positions", "XYZ", plan.positions, PutPosition});
+  WriteSource(out, random, plan, {"normals", "XYZ", plan.normals, PutNormal});
+  WriteSource(out, random, plan, {"uv", "ST", plan.texcoords, PutTexcoord});
+  WriteVertices(out, plan);
+  WriteTriangles(out, random, plan);
+  WritePolylist(out, random, plan);
+  out.Put("      </mesh>\n    </geometry>\n");
+}
+
+// --- Document ------------------------------------------------------------------
+
+constexpr double kMeshBytes = 8e6;     // about one mesh per 8 MB...
+constexpr uint32_t kFewestMeshes = 3;  // ...but at least three
+constexpr uint32_t kMostMeshes = 24;
+constexpr uint32_t kFewestVertices = 8;
+constexpr double kFirstBytesPerVertex = 170.0;  // corrected after each mesh
+
+uint32_t MeshCount(uint64_t bytes) {
+  const auto meshes = static_cast<uint32_t>(static_cast<double>(bytes) / kMeshBytes);
+  return std::clamp(meshes, kFewestMeshes, kMostMeshes);
+}
+
+void WriteAsset(TextSink& out, uint64_t seed) {
+  out.Put(
+      "  <asset>\n    <contributor>\n      <author>oxdae_generate</author>\n"
+      "      <authoring_tool>oxdae_generate (seed ");
+  out.PutUInt(seed);
+  out.Put(
+      ")</authoring_tool>\n      <comments>Synthetic meshes for the load and save "
+      "benchmarks.</comments>\n    </contributor>\n"
+      "    <created>2026-01-01T00:00:00Z</created>\n"
+      "    <modified>2026-01-01T00:00:00Z</modified>\n"
+      "    <unit name=\"centimeter\" meter=\"0.01\"/>\n    <up_axis>Y_UP</up_axis>\n  </asset>\n");
+}
+
+void WriteEffects(TextSink& out, Random& random) {
+  out.Put("  <library_effects>\n");
+  for (uint32_t i = 0; i < kMaterials; ++i) {
+    out.Put("    <effect id=\"effect-");
+    out.PutUInt(i);
+    out.Put(
+        "\">\n      <profile_COMMON>\n        <technique sid=\"common\">\n          <phong>\n"
+        "            <diffuse><color>");
+    for (int k = 0; k < 3; ++k) {
+      out.PutFixed(random.Unit(), 3);
+      out.Put(' ');
+    }
+    out.Put(
+        "1</color></diffuse>\n            <shininess><float>20</float></shininess>\n"
+        "          </phong>\n        </technique>\n      </profile_COMMON>\n    </effect>\n");
+  }
+  out.Put("  </library_effects>\n");
+}
+
+void WriteMaterials(TextSink& out) {
+  out.Put("  <library_materials>\n");
+  for (uint32_t i = 0; i < kMaterials; ++i) {
+    const std::string n = std::to_string(i);
+    out.Put("    <material id=\"material-" + n + "\" name=\"Material " + n +
+            "\">\n      <instance_effect url=\"#effect-" + n + "\"/>\n    </material>\n");
+  }
+  out.Put("  </library_materials>\n");
+}
+
+void WriteMaterialBinding(TextSink& out, uint32_t material) {
+  const std::string n = std::to_string(material);
+  out.Put("              <instance_material symbol=\"material-" + n +
+          "-symbol\" target=\"#material-" + n + "\"/>\n");
+}
+
+void WriteNode(TextSink& out, Random& random, uint32_t mesh) {
+  const std::string id = MeshID(mesh);
+  out.Put("      <node id=\"node-" + std::to_string(mesh) + "\" name=\"Mesh " +
+          std::to_string(mesh) + "\">\n        <translate sid=\"translate\">");
+  for (int k = 0; k < 3; ++k) {
+    out.PutFixed(random.Between(-500.0, 500.0), 2);
+    out.Put(k < 2 ? " " : "</translate>\n");
+  }
+  out.Put("        <instance_geometry url=\"#" + id +
+          "\">\n          <bind_material>\n            <technique_common>\n");
+  WriteMaterialBinding(out, mesh % kMaterials);
+  WriteMaterialBinding(out, (mesh + 1) % kMaterials);
+  out.Put(
+      "            </technique_common>\n          </bind_material>\n        </instance_geometry>\n"
+      "      </node>\n");
+}
+
+// Everything after the geometries, made first so that its size is known
+// when the meshes are sized.
+std::string SceneText(Random& random, uint32_t meshes) {
+  TextSink out;
+  out.Put("  <library_visual_scenes>\n    <visual_scene id=\"scene\" name=\"Generated scene\">\n");
+  for (uint32_t i = 0; i < meshes; ++i)
+    WriteNode(out, random, i);
+  out.Put(
+      "    </visual_scene>\n  </library_visual_scenes>\n  <scene>\n"
+      "    <instance_visual_scene url=\"#scene\"/>\n  </scene>\n</COLLADA>\n");
+  return out.Take();
+}
+
+// Sizes each mesh from the bytes left and the bytes per vertex the previous
+// mesh took, so that the document lands close to its budget.
+void WriteMeshes(TextSink& out, Random& random, uint64_t budget, uint32_t meshes) {
+  const uint64_t start = out.Size();
+  double bytesPerVertex = kFirstBytesPerVertex;
+  for (uint32_t i = 0; i < meshes; ++i) {
+    const uint64_t used = out.Size() - start;
+    const double share = static_cast<double>(budget > used ? budget - used : 0) / (meshes - i);
+    const double wanted = std::min(share / bytesPerVertex, 1e9);
+    const uint32_t vertices = std::max(kFewestVertices, static_cast<uint32_t>(wanted));
+    const uint64_t before = out.Size();
+    WriteMesh(out, random, PlanMesh(i, vertices, random));
+    bytesPerVertex = static_cast<double>(out.Size() - before) / vertices;
+  }
+}
+
+}  // namespace
+
+uint64_t WriteDocument(const DocumentOptions& options, std::FILE* file) {
+  TextSink out(file);
+  Random random(options.seed);
+  const uint32_t meshes = MeshCount(options.bytes);
+  out.Put(
+      "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+      "<COLLADA xmlns=\"http://www.collada.org/2005/11/COLLADASchema\" version=\"1.4.1\">\n");
+  WriteAsset(out, options.seed);
+  WriteEffects(out, random);
+  WriteMaterials(out);
+  const std::string scene = SceneText(random, meshes);
+  constexpr std::string_view kOpen = "  <library_geometries>\n";
+  constexpr std::string_view kClose = "  </library_geometries>\n";
+  const uint64_t fixed = out.Size() + kOpen.size() + kClose.size() + scene.size();
+  out.Put(kOpen);
+  WriteMeshes(out, random, options.bytes > fixed ? options.bytes - fixed : 0, meshes);
+  out.Put(kClose);
+  out.Put(scene);
+  return out.Finish() ? out.Size() : 0;
+}
+
+uint64_t WriteDocumentFile(const DocumentOptions& options, const std::string& path) {
+  std::FILE* file = std::fopen(path.c_str(), "wb");
+  if (!file) return 0;
+  const uint64_t written = WriteDocument(options, file);
+  const bool closed = std::fclose(file) == 0;
+  return closed ? written : 0;
+}
+
+std::string MakeFloatText(size_t bytes, uint64_t seed) {
+  Random random(seed);
+  const MeshPlan plan = PlanMesh(0, 1, random);
+  constexpr PutRecord kRecords[] = {PutPosition, PutNormal, PutTexcoord};
+  TextSink out;
+  for (uint32_t i = 0; out.Size() < bytes; ++i) {
+    if (i % kRecordsPerLine == 0) out.Put('\n');
+    kRecords[(i / kRecordsPerLine) % 3](out, random, plan);
+  }
+  return out.Take();
+}
+
+std::string MakeIndexText(size_t bytes, uint64_t seed) {
+  constexpr uint32_t kVertices = 100'000;  // indices of five and six digits
+  Random random(seed);
+  const MeshPlan plan = PlanMesh(0, kVertices, random);
+  TextSink out;
+  for (uint32_t face = 0; out.Size() < bytes; ++face) {
+    if (face % kRecordsPerLine == 0) out.Put('\n');
+    PutCorner(out, random, plan, face % plan.triangles, plan.triangles);
+  }
+  return out.Take();
+}
+
+}  // namespace oxdae_bench

@@ -1,0 +1,581 @@
+// oxdae_load_bench: load and save throughput and peak memory of oxDAEFile on
+// one document, against the floor of any pugixml-based loader.
+//
+//   oxdae_load_bench [--file PATH | --megabytes N [--seed N]] [--runs N]
+//
+// Without --file a document of N * 10^6 bytes (default 50) is generated into
+// a temporary file. Each step runs --runs times (default 5); the table gives
+// the best and the median run. Peak memory is measured in a fresh process per
+// step (this program run again with --peak-child), as the growth of its
+// resident set over the step.
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <charconv>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include <oxDAEReadWrite/oxDAEReadWrite.h>
+#include <oxKernel/oxLog.h>
+
+#include "oxdae_document_generator.h"
+#include "oxdae_floor.h"
+
+namespace {
+
+using namespace OxDAEReader;
+using Clock = std::chrono::steady_clock;
+
+constexpr const char* kUsage =
+    "usage: oxdae_load_bench [--file PATH | --megabytes N [--seed N]] [--runs N]\n"
+    "  --file PATH     benchmark this document instead of a generated one\n"
+    "  --megabytes N   size of the generated document in 10^6 bytes (default 50)\n"
+    "  --seed N        seed of the generated document (default 1)\n"
+    "  --runs N        runs of each step; best and median are shown (default 5)\n";
+constexpr std::string_view kPeakChildFlag = "--peak-child";
+
+constexpr double kLoadTarget = 1.5;    // load time / floor time
+constexpr double kMemoryTarget = 3.0;  // peak memory / file size
+constexpr double kSaveTarget = 200.0;  // MB/s
+constexpr double kMegabyte = 1e6;
+
+double SecondsSince(Clock::time_point start) {
+  return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+// --- Arguments -------------------------------------------------------------------
+
+struct Options {
+  std::string file;
+  oxdae_bench::DocumentOptions document;
+  int runs = 5;
+};
+
+template <class T>
+bool ParseNumber(std::string_view text, T& value) {
+  const char* end = text.data() + text.size();
+  const auto r = std::from_chars(text.data(), end, value);
+  return r.ec == std::errc() && r.ptr == end;
+}
+
+bool ParseArguments(int argc, char** argv, Options& options) {
+  double megabytes = 50.0;
+  for (int i = 1; i < argc; ++i) {
+    const std::string_view arg = argv[i];
+    if (i + 1 >= argc) return false;
+    const std::string_view value = argv[++i];
+    if (arg == "--file") {
+      options.file = std::string(value);
+    } else if (arg == "--megabytes") {
+      if (!ParseNumber(value, megabytes) || megabytes <= 0.0) return false;
+    } else if (arg == "--seed") {
+      if (!ParseNumber(value, options.document.seed)) return false;
+    } else if (arg == "--runs") {
+      if (!ParseNumber(value, options.runs) || options.runs < 1) return false;
+    } else {
+      return false;
+    }
+  }
+  options.document.bytes = static_cast<uint64_t>(megabytes * kMegabyte);
+  return true;
+}
+
+// --- Log records -------------------------------------------------------------------
+
+// Counts the module's log records and keeps the first one, without printing.
+struct LogCounter {
+  uint64_t errors = 0;
+  uint64_t warnings = 0;
+  std::string first;
+  OxKernel::oxScopedLogSink sink{[this](const OxKernel::oxLogRecord& record) {
+    if (record.level == OxKernel::kLogError) ++errors;
+    if (record.level == OxKernel::kLogWarning) ++warnings;
+    if (first.empty()) first = std::string(record.text);
+  }};
+};
+
+// Starts the module for the lifetime of the object.
+struct ModuleUse {
+  ModuleUse() { oxDAEReadWriteModule::Init(0); }
+  ~ModuleUse() { oxDAEReadWriteModule::Uninit(0); }
+  ModuleUse(const ModuleUse&) = delete;
+  ModuleUse& operator=(const ModuleUse&) = delete;
+};
+
+// --- Peak memory -------------------------------------------------------------------
+
+// A field of /proc/self/status in kB ("VmRSS", "VmHWM"); 0 when absent.
+uint64_t StatusKB(std::string_view field) {
+  std::ifstream status("/proc/self/status");
+  std::string line;
+  while (std::getline(status, line)) {
+    if (!line.starts_with(field) || line.size() <= field.size() || line[field.size()] != ':')
+      continue;
+    const size_t first = line.find_first_of("0123456789");
+    const size_t last = line.find_first_not_of("0123456789", first);
+    uint64_t kb = 0;
+    if (first != std::string::npos)
+      ParseNumber(std::string_view(line).substr(first, last - first), kb);
+    return kb;
+  }
+  return 0;
+}
+
+// Sets the resident-set high-water mark to the current resident set.
+bool ResetPeak() {
+  std::ofstream clear("/proc/self/clear_refs");
+  clear << "5";
+  clear.flush();
+  return clear.good();
+}
+
+// Resets the high-water mark, runs `step` and reports the resident set
+// before it and the high-water mark after it, in kB.
+template <class Step>
+bool MeasureStep(Step&& step, uint64_t& before, uint64_t& peak) {
+  if (!ResetPeak()) return false;
+  before = StatusKB("VmRSS");
+  if (!step()) return false;
+  peak = StatusKB("VmHWM");
+  return true;
+}
+
+// Save steps start from a loaded document; its memory is not counted.
+bool RunPeakStep(std::string_view step, const std::string& input, const std::string& output,
+                 uint64_t& before, uint64_t& peak) {
+  if (step == "floor")
+    return MeasureStep([&] { return oxdae_bench::LoadFloor(input).ok; }, before, peak);
+  oxDAEFile document;
+  const OxKernel::oxURI in(input);
+  if (step == "load") return MeasureStep([&] { return document.Load(in) == 0; }, before, peak);
+  if (document.Load(in) != 0) return false;
+  if (step == "save") {
+    const OxKernel::oxURI out(output);
+    return MeasureStep([&] { return document.Save(out) == 0; }, before, peak);
+  }
+  oxString xml;
+  return step == "save-string" &&
+         MeasureStep([&] { return document.SaveToString(xml) == 0; }, before, peak);
+}
+
+// The child side: runs one step and prints the resident set before it and
+// its high-water mark after it, in kB.
+int PeakChild(int argc, char** argv) {
+  if (argc != 5) return 2;
+  const ModuleUse module;
+  const LogCounter log;
+  uint64_t before = 0;
+  uint64_t peak = 0;
+  if (!RunPeakStep(argv[2], argv[3], argv[4], before, peak)) return 1;
+  std::printf("%llu %llu\n", static_cast<unsigned long long>(before),
+              static_cast<unsigned long long>(peak));
+  return 0;
+}
+
+struct Peak {
+  bool ok = false;
+  uint64_t bytes = 0;  // growth of the resident set during the step
+};
+
+std::string ReadAll(int fd) {
+  std::string text;
+  char chunk[256];
+  ssize_t n = 0;
+  while ((n = read(fd, chunk, sizeof chunk)) > 0)
+    text.append(chunk, static_cast<size_t>(n));
+  return text;
+}
+
+Peak ParsePeak(const std::string& text) {
+  unsigned long long before = 0;
+  unsigned long long after = 0;
+  if (std::sscanf(text.c_str(), "%llu %llu", &before, &after) != 2) return {};
+  return {true, (after > before ? after - before : 0) * 1024};
+}
+
+// Runs `step` in a fresh copy of this program, so that no heap state of this
+// process (free lists, raised mmap threshold) hides or adds memory.
+Peak MeasurePeak(const char* step, const std::string& input, const std::string& output) {
+  std::fflush(nullptr);
+  int fds[2];
+  if (pipe(fds) != 0) return {};
+  const pid_t pid = fork();
+  if (pid == 0) {
+    dup2(fds[1], STDOUT_FILENO);
+    close(fds[0]);
+    close(fds[1]);
+    execl("/proc/self/exe", "oxdae_load_bench", kPeakChildFlag.data(), step, input.c_str(),
+          output.c_str(), static_cast<char*>(nullptr));
+    _exit(127);
+  }
+  close(fds[1]);
+  const std::string text = pid > 0 ? ReadAll(fds[0]) : std::string();
+  close(fds[0]);
+  int status = 0;
+  if (pid < 0 || waitpid(pid, &status, 0) != pid || !WIFEXITED(status) || WEXITSTATUS(status) != 0)
+    return {};
+  return ParsePeak(text);
+}
+
+// --- Timing ------------------------------------------------------------------------
+
+// Wall-clock and processor times of the runs of one step. On a busy machine
+// the processor time shows the work apart from the waiting.
+struct Timing {
+  std::vector<double> seconds;
+  std::vector<double> cpuSeconds;
+
+  double Best() const { return Lowest(seconds); }
+  double BestCpu() const { return Lowest(cpuSeconds); }
+  double Median() const {
+    std::vector<double> sorted = seconds;
+    std::sort(sorted.begin(), sorted.end());
+    const size_t n = sorted.size();
+    return n % 2 ? sorted[n / 2] : (sorted[n / 2 - 1] + sorted[n / 2]) / 2;
+  }
+
+ private:
+  static double Lowest(const std::vector<double>& v) {
+    return *std::min_element(v.begin(), v.end());
+  }
+};
+
+// Measures one run of a step.
+class Stopwatch {
+ public:
+  void Stop(Timing& t) const {
+    t.seconds.push_back(SecondsSince(m_wall));
+    t.cpuSeconds.push_back(oxdae_bench::ProcessCpuSeconds() - m_cpu);
+  }
+
+ private:
+  Clock::time_point m_wall = Clock::now();
+  double m_cpu = oxdae_bench::ProcessCpuSeconds();
+};
+
+struct FloorTimings {
+  Timing total, read, parse, convert, release;
+  oxdae_bench::FloorResult last;
+};
+
+// --- Document content ------------------------------------------------------------
+
+struct DocumentCounts {
+  uint64_t elements = 0;
+  uint64_t floats = 0;
+  uint64_t ints = 0;
+};
+
+DocumentCounts CountValues(const oxDAEFile& document) {
+  DocumentCounts counts;
+  for (const auto& element : document.GetElements()) {
+    ++counts.elements;
+    if (const oxDAEArray* a = oxDAEArray::DynamicCast(element.get())) {
+      counts.floats += a->floats.size();
+      counts.ints += a->ints.size();
+    }
+    if (const oxDAEMeshPrimitive* p = oxDAEMeshPrimitive::DynamicCast(element.get()))
+      counts.ints += p->GetIndexCount() + p->vcount.size();
+  }
+  return counts;
+}
+
+struct Results {
+  uint64_t inputBytes = 0;
+  uint64_t savedBytes = 0;
+  uint64_t stringBytes = 0;
+  FloorTimings floor;
+  Timing load, save, saveString;
+  Peak floorPeak, loadPeak, savePeak, stringPeak;
+  DocumentCounts counts;
+};
+
+// --- Runs ------------------------------------------------------------------------
+
+void AddFloorRun(const oxdae_bench::FloorResult& run, FloorTimings& t) {
+  t.last = run;
+  t.total.seconds.push_back(run.TotalSeconds());
+  t.total.cpuSeconds.push_back(run.cpuSeconds);
+  t.read.seconds.push_back(run.readSeconds);
+  t.parse.seconds.push_back(run.parseSeconds);
+  t.convert.seconds.push_back(run.convertSeconds);
+  t.release.seconds.push_back(run.releaseSeconds);
+}
+
+// Times Load into a new document; the document is destroyed outside the
+// timed span. Returns Load's result.
+int TimeLoad(const std::string& input, Timing& t) {
+  oxDAEFile document;
+  const Stopwatch watch;
+  const int rc = document.Load(OxKernel::oxURI(input));
+  watch.Stop(t);
+  return rc;
+}
+
+// Floor and Load take turns, so that both see the same machine load.
+bool TimeLoads(const std::string& input, int runs, Results& r) {
+  for (int i = 0; i < runs; ++i) {
+    const oxdae_bench::FloorResult floor = oxdae_bench::LoadFloor(input);
+    if (!floor.ok) {
+      std::fprintf(stderr, "oxdae_load_bench: %s is not readable XML\n", input.c_str());
+      return false;
+    }
+    AddFloorRun(floor, r.floor);
+    if (const int rc = TimeLoad(input, r.load); rc != 0) {
+      std::fprintf(stderr, "oxdae_load_bench: oxDAEFile::Load of %s returned %d\n", input.c_str(),
+                   rc);
+      return false;
+    }
+  }
+  return true;
+}
+
+bool TimeSave(oxDAEFile& document, const std::string& output, int runs, Timing& t) {
+  for (int i = 0; i < runs; ++i) {
+    const Stopwatch watch;
+    const int rc = document.Save(OxKernel::oxURI(output));
+    watch.Stop(t);
+    if (rc != 0) return false;
+  }
+  return true;
+}
+
+bool TimeSaveToString(oxDAEFile& document, int runs, Timing& t, uint64_t& bytes) {
+  for (int i = 0; i < runs; ++i) {
+    oxString xml;
+    const Stopwatch watch;
+    const int rc = document.SaveToString(xml);
+    watch.Stop(t);
+    bytes = xml.size();
+    if (rc != 0) return false;
+  }
+  return true;
+}
+
+// --- Report ------------------------------------------------------------------------
+
+// 12345678 as "12,345,678".
+std::string Grouped(uint64_t value) {
+  const std::string digits = std::to_string(value);
+  std::string grouped;
+  for (size_t i = 0; i < digits.size(); ++i) {
+    if (i > 0 && (digits.size() - i) % 3 == 0) grouped += ',';
+    grouped += digits[i];
+  }
+  return grouped;
+}
+
+const char* Verdict(bool met) {
+  return met ? "met" : "NOT MET";
+}
+
+void PrintHeader() {
+  std::printf("\n  %-38s %8s %8s %8s %9s %9s\n", "step", "best ms", "med ms", "cpu ms", "best MB/s",
+              "med MB/s");
+  std::printf("  %s\n", std::string(86, '-').c_str());
+}
+
+void PrintRow(const char* name, const Timing& t, uint64_t bytes) {
+  const double mb = static_cast<double>(bytes) / kMegabyte;
+  std::printf("  %-38s %8.1f %8.1f %8.1f %9.1f %9.1f\n", name, t.Best() * 1e3, t.Median() * 1e3,
+              t.BestCpu() * 1e3, mb / t.Best(), mb / t.Median());
+}
+
+// A part of a step: its time only.
+void PrintPhase(const char* name, const Timing& t) {
+  std::printf("  %-38s %8.1f %8.1f\n", name, t.Best() * 1e3, t.Median() * 1e3);
+}
+
+void PrintPeak(const char* name, const Peak& peak, uint64_t reference, const char* of) {
+  if (!peak.ok) {
+    std::printf("  %-40s %12s\n", name, "n/a");
+    return;
+  }
+  std::printf("  %-40s %9.1f MB %7.2fx %s\n", name, static_cast<double>(peak.bytes) / kMegabyte,
+              static_cast<double>(peak.bytes) / static_cast<double>(reference), of);
+}
+
+void PrintContent(const Results& r, const LogCounter& log) {
+  const oxdae_bench::FloorResult& f = r.floor.last;
+  std::printf("  numbers   floor: %s floats + %s ints in %s text nodes (%s other tokens)\n",
+              Grouped(f.floats).c_str(), Grouped(f.ints).c_str(), Grouped(f.textNodes).c_str(),
+              Grouped(f.otherTokens).c_str());
+  std::printf("            document: %s floats + %s ints in %s elements\n",
+              Grouped(r.counts.floats).c_str(), Grouped(r.counts.ints).c_str(),
+              Grouped(r.counts.elements).c_str());
+  std::printf("  log       %llu errors, %llu warnings over all loads%s%s\n",
+              static_cast<unsigned long long>(log.errors),
+              static_cast<unsigned long long>(log.warnings),
+              log.first.empty() ? "" : "; first: ", log.first.c_str());
+}
+
+void PrintTimings(const Results& r) {
+  PrintHeader();
+  PrintRow("(a) floor: read + pugixml + from_chars", r.floor.total, r.inputBytes);
+  PrintPhase("      read the file", r.floor.read);
+  PrintPhase("      pugixml load_buffer_inplace", r.floor.parse);
+  PrintPhase("      from_chars of every text node", r.floor.convert);
+  PrintPhase("      free the text and the DOM", r.floor.release);
+  PrintRow("(b) oxDAEFile::Load", r.load, r.inputBytes);
+  PrintRow("(c) oxDAEFile::Save (file)", r.save, r.savedBytes);
+  PrintRow("(c) oxDAEFile::SaveToString", r.saveString, r.stringBytes);
+  std::printf("  (save rates are of the %s bytes written)\n", Grouped(r.savedBytes).c_str());
+}
+
+void PrintMemory(const Results& r) {
+  std::printf("\n  %-40s %12s %8s\n", "peak memory (resident-set growth)", "", "ratio");
+  std::printf("  %s\n", std::string(86, '-').c_str());
+  PrintPeak("(a) floor", r.floorPeak, r.inputBytes, "file");
+  PrintPeak("(b) oxDAEFile::Load", r.loadPeak, r.inputBytes, "file");
+  PrintPeak("(c) oxDAEFile::Save (file)", r.savePeak, r.savedBytes, "output");
+  PrintPeak("(c) oxDAEFile::SaveToString", r.stringPeak, r.stringBytes, "output");
+  std::printf("  (save steps start from a loaded document, which is not counted)\n");
+}
+
+// One line of the targets table: what was measured, the target and whether
+// it is met.
+void PrintTarget(const char* name, const std::string& measured, const std::string& target,
+                 bool met) {
+  std::printf("  %-17s %-44s %-18s %s\n", name, measured.c_str(), target.c_str(), Verdict(met));
+}
+
+template <class... Args>
+std::string Format(const char* format, Args... args) {
+  char text[128];
+  std::snprintf(text, sizeof text, format, args...);
+  return text;
+}
+
+void PrintTargets(const Results& r) {
+  const double best = r.load.Best() / r.floor.total.Best();
+  const double median = r.load.Median() / r.floor.total.Median();
+  const double cpu = r.load.BestCpu() / r.floor.total.BestCpu();
+  const double memory = static_cast<double>(r.loadPeak.bytes) / static_cast<double>(r.inputBytes);
+  const double save = static_cast<double>(r.savedBytes) / kMegabyte / r.save.Best();
+  const double saveString = static_cast<double>(r.stringBytes) / kMegabyte / r.saveString.Best();
+  std::printf("\n  targets\n  %s\n", std::string(86, '-').c_str());
+  PrintTarget("load / floor", Format("%.2fx best, %.2fx median, %.2fx cpu", best, median, cpu),
+              Format("<= %.2fx median", kLoadTarget), median <= kLoadTarget);
+  if (r.loadPeak.ok) {
+    PrintTarget("load peak / file", Format("%.2fx", memory), Format("<  %.2fx", kMemoryTarget),
+                memory < kMemoryTarget);
+  }
+  PrintTarget("save speed", Format("%.0f MB/s file, %.0f MB/s string (best)", save, saveString),
+              Format(">= %.0f MB/s file", kSaveTarget), save >= kSaveTarget);
+}
+
+// --- Driver ------------------------------------------------------------------------
+
+// The temporary files of one run, removed at the end.
+struct TempFiles {
+  std::string generated, saved, peakSaved;
+  TempFiles() {
+    const std::string base =
+        (std::filesystem::temp_directory_path() / ("oxdae_load_bench_" + std::to_string(getpid())))
+            .string();
+    generated = base + ".dae";
+    saved = base + "_saved.dae";
+    peakSaved = base + "_peak_saved.dae";
+  }
+  ~TempFiles() {
+    std::error_code ignored;
+    for (const std::string* path : {&generated, &saved, &peakSaved})
+      std::filesystem::remove(*path, ignored);
+  }
+  TempFiles(const TempFiles&) = delete;
+  TempFiles& operator=(const TempFiles&) = delete;
+};
+
+// The one-minute load average against the processor count: timings of a
+// busy machine are slower and noisier.
+void PrintMachineLoad() {
+  std::ifstream loadavg("/proc/loadavg");
+  double load = 0.0;
+  if (loadavg >> load) {
+    std::printf("  machine   load average %.2f on %u processors\n", load,
+                std::thread::hardware_concurrency());
+  }
+}
+
+bool PrepareInput(const Options& options, const TempFiles& temp, std::string& input) {
+  if (!options.file.empty()) {
+    input = options.file;
+    return true;
+  }
+  input = temp.generated;
+  const Clock::time_point start = Clock::now();
+  const uint64_t written = oxdae_bench::WriteDocumentFile(options.document, input);
+  if (written == 0) return false;
+  std::printf("  generated %s bytes (seed %llu) in %.2f s\n", Grouped(written).c_str(),
+              static_cast<unsigned long long>(options.document.seed), SecondsSince(start));
+  return true;
+}
+
+void MeasurePeaks(const std::string& input, const TempFiles& temp, Results& r) {
+  r.floorPeak = MeasurePeak("floor", input, temp.peakSaved);
+  r.loadPeak = MeasurePeak("load", input, temp.peakSaved);
+  r.savePeak = MeasurePeak("save", input, temp.peakSaved);
+  r.stringPeak = MeasurePeak("save-string", input, temp.peakSaved);
+}
+
+bool MeasureTimes(const std::string& input, const TempFiles& temp, int runs, Results& r) {
+  if (!TimeLoads(input, runs, r)) return false;
+  oxDAEFile document;
+  document.Load(OxKernel::oxURI(input));
+  r.counts = CountValues(document);
+  if (!TimeSave(document, temp.saved, runs, r.save) ||
+      !TimeSaveToString(document, runs, r.saveString, r.stringBytes)) {
+    std::fprintf(stderr, "oxdae_load_bench: saving failed\n");
+    return false;
+  }
+  r.savedBytes = std::filesystem::file_size(temp.saved);
+  return true;
+}
+
+int Run(const Options& options) {
+  const ModuleUse module;
+  const LogCounter log;
+  const TempFiles temp;
+  std::string input;
+  std::printf("oxdae_load_bench\n");
+  if (!PrepareInput(options, temp, input)) {
+    std::fprintf(stderr, "oxdae_load_bench: cannot write %s\n", input.c_str());
+    return 1;
+  }
+  Results r;
+  std::error_code error;
+  r.inputBytes = std::filesystem::file_size(input, error);
+  if (error || r.inputBytes == 0) {
+    std::fprintf(stderr, "oxdae_load_bench: cannot read %s\n", input.c_str());
+    return 1;
+  }
+  std::printf("  input     %s (%s bytes), %d runs per step\n", input.c_str(),
+              Grouped(r.inputBytes).c_str(), options.runs);
+  PrintMachineLoad();
+  MeasurePeaks(input, temp, r);
+  if (!MeasureTimes(input, temp, options.runs, r)) return 1;
+  PrintContent(r, log);
+  PrintTimings(r);
+  PrintMemory(r);
+  PrintTargets(r);
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc > 1 && argv[1] == kPeakChildFlag) return PeakChild(argc, argv);
+  Options options;
+  if (!ParseArguments(argc, argv, options)) {
+    std::fputs(kUsage, stderr);
+    return 2;
+  }
+  return Run(options);
+}
