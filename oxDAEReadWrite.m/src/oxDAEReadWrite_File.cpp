@@ -137,7 +137,7 @@ int oxDAEFile::SaveToString(oxString& xml) {
   oxXMLFactory::Instance(contextID).CreateWriter(writer);
   OxKernel::oxRefPtr<OxKernel::oxXMLWriter> keep = writer;
   const int rc = WriteDocument();
-  if (rc == 0) xml.assign(keep->GetBuffer());
+  if (rc == 0) xml = oxString(keep->TakeBuffer());
   return rc;
 }
 

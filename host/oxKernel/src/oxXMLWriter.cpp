@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "oxKernel/oxLog.h"
@@ -62,25 +64,54 @@ void AppendEscaped(std::string& out, std::string_view text, bool attribute) {
   out.append(text.data() + plain, text.size() - plain);
 }
 
-// Shortest text that reads back to the same float; the XML Schema spellings
-// for the non-finite values.
+// Writes the shortest text that reads back to the same float, or the XML
+// Schema spelling of a non-finite value; returns the end of the text.
+char* FormatFloat(char* first, char* last, float value) {
+  if (std::isnan(value)) return std::copy_n("NaN", 3, first);
+  if (std::isinf(value))
+    return value < 0 ? std::copy_n("-INF", 4, first) : std::copy_n("INF", 3, first);
+  return std::to_chars(first, last, value).ptr;
+}
+
+template <class T>
+char* FormatInteger(char* first, char* last, T value) {
+  return std::to_chars(first, last, value).ptr;
+}
+
 void AppendFloat(std::string& out, float value) {
-  if (std::isnan(value)) {
-    out.append("NaN");
-  } else if (std::isinf(value)) {
-    out.append(value < 0 ? "-INF" : "INF");
-  } else {
-    char buf[32];
-    const auto r = std::to_chars(buf, buf + sizeof buf, value);
-    out.append(buf, static_cast<size_t>(r.ptr - buf));
-  }
+  char buf[32];
+  out.append(buf, static_cast<size_t>(FormatFloat(buf, buf + sizeof buf, value) - buf));
 }
 
 template <class T>
 void AppendInteger(std::string& out, T value) {
   char buf[24];
-  const auto r = std::to_chars(buf, buf + sizeof buf, value);
-  out.append(buf, static_cast<size_t>(r.ptr - buf));
+  out.append(buf, static_cast<size_t>(FormatInteger(buf, buf + sizeof buf, value) - buf));
+}
+
+// The longest text of a value and its blank: "-1.17549435e-38" for a float,
+// "-2147483648" for an int.
+template <class T>
+constexpr size_t kWidest = std::is_floating_point_v<T> ? 16 : 12;
+
+// Appends `count` values separated by blanks, formatting each straight into
+// the buffer: the buffer grows once per block of values instead of once per
+// value. `format` writes one value into [first, last) and returns its end.
+template <class T, class Format>
+void AppendValues(std::string& out, const T* values, unsigned int count, Format format) {
+  constexpr size_t kBlock = 4096;
+  for (size_t begin = 0; begin < count; begin += kBlock) {
+    const size_t end = std::min<size_t>(count, begin + kBlock);
+    const size_t start = out.size();
+    out.resize(start + (end - begin) * kWidest<T>);
+    char* at = out.data() + start;
+    char* const last = out.data() + out.size();
+    for (size_t i = begin; i < end; ++i) {
+      if (i) *at++ = ' ';
+      at = format(at, last, values[i]);
+    }
+    out.resize(static_cast<size_t>(at - out.data()));
+  }
 }
 
 }  // namespace
@@ -94,6 +125,10 @@ struct oxXMLWriter::Impl {
     bool hasText = false;
     std::vector<std::string> attributeNames;  // written so far, to refuse repeats
   };
+  // File writers send the buffer to the file whenever it grows past this,
+  // so that memory does not grow with the document.
+  static constexpr size_t kFlushSize = size_t{1} << 20;
+
   std::string buffer;
   std::vector<Frame> frames;
   unsigned int namedDepth = 0;
@@ -101,6 +136,28 @@ struct oxXMLWriter::Impl {
   std::FILE* file = nullptr;
   bool closed = false;
   bool rootWritten = false;
+  bool failed = false;  // the file could not be created or written
+
+  // Creates the output file once; false (logged once) when it cannot be.
+  bool Open() {
+    if (file || path.empty()) return true;
+    if (failed) return false;
+    file = std::fopen(path.c_str(), "wb");
+    if (file) return true;
+    failed = true;
+    OX_LOG(kLogError, oxConcat("cannot create '", path, "': ", std::strerror(errno)));
+    return false;
+  }
+  // Sends the buffer to the file (file writers only).
+  void Flush() {
+    if (path.empty()) return;
+    if (Open() && std::fwrite(buffer.data(), 1, buffer.size(), file) != buffer.size())
+      failed = true;
+    buffer.clear();
+  }
+  void FlushIfLarge() {
+    if (buffer.size() >= kFlushSize) Flush();
+  }
 
   Frame* NamedTop() {
     for (auto it = frames.rbegin(); it != frames.rend(); ++it) {
@@ -140,6 +197,7 @@ struct oxXMLWriter::Impl {
     buffer += "</";
     buffer += f.tag;
     buffer += '>';
+    FlushIfLarge();
   }
 };
 
@@ -246,12 +304,7 @@ void oxXMLWriter::CloseTo(unsigned int depth) {
 }
 
 int oxXMLWriter::IsReady() {
-  Impl& w = *m_impl;
-  if (w.path.empty() || w.file) return 0;
-  w.file = std::fopen(w.path.c_str(), "wb");
-  if (w.file) return 0;
-  OX_LOG(kLogError, oxConcat("cannot create '", w.path, "': ", std::strerror(errno)));
-  return kXMLCannotOpen;
+  return m_impl->Open() ? 0 : kXMLCannotOpen;
 }
 
 int oxXMLWriter::Close() {
@@ -261,17 +314,22 @@ int oxXMLWriter::Close() {
   CloseTo(0);
   w.buffer += '\n';
   if (w.path.empty()) return 0;
-  if (IsReady() != 0) return kXMLCannotOpen;
-  const bool written = std::fwrite(w.buffer.data(), 1, w.buffer.size(), w.file) == w.buffer.size();
+  const bool opened = w.Open();
+  w.Flush();
+  if (!opened) return kXMLCannotOpen;
   const bool closedOk = std::fclose(w.file) == 0;
   w.file = nullptr;
-  if (written && closedOk) return 0;
+  if (closedOk && !w.failed) return 0;
   OX_LOG(kLogError, oxConcat("cannot write '", w.path, "'"));
   return kXMLWriteFailed;
 }
 
 std::string_view oxXMLWriter::GetBuffer() const {
   return m_impl->buffer;
+}
+
+std::string oxXMLWriter::TakeBuffer() {
+  return std::exchange(m_impl->buffer, std::string());
 }
 
 int oxXMLTextWriter::WriteText(std::string_view text) {
@@ -284,20 +342,16 @@ int oxXMLTextWriter::WriteText(std::string_view text) {
 int oxXMLTextWriter::WriteFloats(const float* values, unsigned int count, int) {
   oxXMLWriter::Impl& w = *m_writer.m_impl;
   if (count == 0 || !w.BeginText()) return 0;
-  for (unsigned int i = 0; i < count; ++i) {
-    if (i) w.buffer += ' ';
-    AppendFloat(w.buffer, values[i]);
-  }
+  AppendValues(w.buffer, values, count, FormatFloat);
+  w.FlushIfLarge();
   return 0;
 }
 
 int oxXMLTextWriter::WriteInts(const int32_t* values, unsigned int count, int) {
   oxXMLWriter::Impl& w = *m_writer.m_impl;
   if (count == 0 || !w.BeginText()) return 0;
-  for (unsigned int i = 0; i < count; ++i) {
-    if (i) w.buffer += ' ';
-    AppendInteger(w.buffer, values[i]);
-  }
+  AppendValues(w.buffer, values, count, FormatInteger<int32_t>);
+  w.FlushIfLarge();
   return 0;
 }
 

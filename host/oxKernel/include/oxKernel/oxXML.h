@@ -192,13 +192,21 @@ class oxXMLWriter : public oxRefPtrObject {
   // Ends open elements until `depth` remain.
   void CloseTo(unsigned int depth);
 
-  // 0 when the output can receive the document (for a file: it was created).
+  // 0 when the output can receive the document (for a file: it was
+  // created), else kXMLCannotOpen. A file that cannot be created is reported
+  // once, however often this is asked.
   int IsReady();
-  // Ends every open element, writes the buffer to the output and closes it.
-  // Returns 0 or kXMLWriteFailed. Called by the destructor if not called.
+  // Ends every open element, writes what is left of the buffer to the output
+  // and closes it. Returns 0, kXMLCannotOpen, or kXMLWriteFailed when part of
+  // the document could not be written. Called by the destructor if not
+  // called.
   int Close();
-  // The text written so far (the whole document after Close).
+  // The text not yet sent to the output: for a memory writer the whole
+  // document (after Close, with its final line feed); a file writer sends
+  // its buffer to the file whenever it passes 1 MB.
   std::string_view GetBuffer() const;
+  // Hands the buffer over to the caller, leaving it empty.
+  std::string TakeBuffer();
 
   struct Impl;
 
