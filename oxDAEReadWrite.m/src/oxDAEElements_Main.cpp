@@ -150,10 +150,13 @@ void oxDAEElement::ReadIdentityOnly(oxDAEFile& file) {
   oxDAEElement::Read(file);
 }
 
-void oxDAEElement::WriteIdentityOnly(oxDAEFile& file, const oxString& tag) {
+void oxDAEElement::WriteStart(oxDAEFile& file, std::string_view tag) {
   file.writer->StartElement(tag);
   oxDAEElement::Write(file);
-  file.writer->EndAttributes();
+}
+
+void oxDAEElement::WriteIdentityOnly(oxDAEFile& file, const oxString& tag) {
+  WriteStart(file, tag);
   file.writer->EndElement();
 }
 

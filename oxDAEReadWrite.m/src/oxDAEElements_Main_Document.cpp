@@ -82,8 +82,7 @@ void oxDAEColladaElement::Write(oxDAEFile& file) {
   w.WriteAttributeString("version", version.ToString());
   w.EndAttributes();
   if (asset) file.WriteChild(asset);
-  for (oxDAELibrary* library : libraries)
-    file.WriteChild(library);
+  file.WriteChildren(libraries);
   if (scene) file.WriteChild(scene);
   w.EndElement();
 }
@@ -264,11 +263,9 @@ void oxDAELibrary::Read(oxDAEFile& file) {
 }
 
 void oxDAELibrary::Write(oxDAEFile& file) {
-  file.writer->StartElement(type);
-  oxDAEElement::Write(file);
+  WriteStart(file, type);
   file.writer->EndAttributes();
-  for (oxDAEElement* child : children)
-    file.WriteChild(child);
+  file.WriteChildren(children);
   file.writer->EndElement();
 }
 
@@ -292,8 +289,7 @@ void oxDAESceneElement::Read(oxDAEFile& file) {
 }
 
 void oxDAESceneElement::Write(oxDAEFile& file) {
-  file.writer->StartElement(s_XMLTag);
-  oxDAEElement::Write(file);
+  WriteStart(file, s_XMLTag);
   file.writer->EndAttributes();
   if (instanceVisualScene) file.WriteChild(instanceVisualScene);
   file.writer->EndElement();

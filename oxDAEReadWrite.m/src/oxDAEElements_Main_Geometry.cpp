@@ -65,10 +65,6 @@ void ReadInput(Owner& owner, oxDAEFile& file) {
   owner.inputs.push_back(file.ReadChild<oxDAEInputElement>(&owner));
 }
 
-void WriteAll(oxDAEFile& file, const auto& children) {
-  for (oxDAEBaseElement* child : children)
-    file.WriteChild(child);
-}
 }  // namespace
 
 // --- <vertices> ------------------------------------------------------------------
@@ -83,10 +79,9 @@ void oxDAEVertices::Read(oxDAEFile& file) {
 }
 
 void oxDAEVertices::Write(oxDAEFile& file) {
-  file.writer->StartElement(s_XMLTag);
-  oxDAEElement::Write(file);
+  WriteStart(file, s_XMLTag);
   file.writer->EndAttributes();
-  WriteAll(file, inputs);
+  file.WriteChildren(inputs);
   file.writer->EndElement();
 }
 
@@ -114,8 +109,7 @@ void oxDAEGeometry::Read(oxDAEFile& file) {
 }
 
 void oxDAEGeometry::Write(oxDAEFile& file) {
-  file.writer->StartElement(s_XMLTag);
-  oxDAEElement::Write(file);
+  WriteStart(file, s_XMLTag);
   file.writer->EndAttributes();
   if (mesh) file.WriteChild(mesh);
   file.writer->EndElement();
@@ -151,12 +145,11 @@ void oxDAEMesh::Read(oxDAEFile& file) {
 }
 
 void oxDAEMesh::Write(oxDAEFile& file) {
-  file.writer->StartElement(s_XMLTag);
-  oxDAEElement::Write(file);
+  WriteStart(file, s_XMLTag);
   file.writer->EndAttributes();
-  WriteAll(file, sources);
+  file.WriteChildren(sources);
   if (vertices) file.WriteChild(vertices);
-  WriteAll(file, primitives);
+  file.WriteChildren(primitives);
   file.writer->EndElement();
 }
 
@@ -227,7 +220,7 @@ void oxDAEMeshPrimitive::Write(oxDAEFile& file) {
   w.WriteAttributeUInt("count", count);
   if (!material.empty()) w.WriteAttributeString("material", material);
   w.EndAttributes();
-  WriteAll(file, inputs);
+  file.WriteChildren(inputs);
   for (const oxArray<int32_t>& list : p) {
     w.StartElement("p");
     w.EndAttributes();

@@ -154,8 +154,7 @@ void WriteValues(OxKernel::oxXMLWriter& writer, const oxDAEArray& a) {
 
 void oxDAEArray::Write(oxDAEFile& file) {
   OxKernel::oxXMLWriter& w = *file.writer;
-  w.StartElement(s_XMLTag);
-  oxDAEElement::Write(file);
+  WriteStart(file, s_XMLTag);
   w.WriteAttributeUInt("count", count);
   if (const std::string_view word = WordOf(type); !word.empty() && type != EValueType::BOOL) {
     w.WriteAttributeString("type", word);
@@ -169,11 +168,12 @@ void oxDAEArray::Write(oxDAEFile& file) {
   w.EndElement();
 }
 
-void oxDAEArray::StartTyped(oxDAEFile& file, const oxString& tag, uint32_t declaredCount) {
-  file.writer->StartElement(tag);
-  oxDAEElement::Write(file);
-  file.writer->WriteAttributeUInt("count", declaredCount);
+void oxDAEArray::WriteTyped(oxDAEFile& file, const oxString& tag) {
+  WriteStart(file, tag);
+  file.writer->WriteAttributeUInt("count", count);
   file.writer->EndAttributes();
+  WriteValues(*file.writer, *this);
+  file.writer->EndElement();
 }
 
 void oxDAEFloatArray::Read(oxDAEFile& file) {
@@ -182,9 +182,7 @@ void oxDAEFloatArray::Read(oxDAEFile& file) {
 
 void oxDAEFloatArray::Write(oxDAEFile& file) {
   count = static_cast<uint32_t>(floats.size());
-  StartTyped(file, s_XMLTag, count);
-  WriteValues(*file.writer, *this);
-  file.writer->EndElement();
+  WriteTyped(file, s_XMLTag);
 }
 
 void oxDAEIntArray::Read(oxDAEFile& file) {
@@ -192,9 +190,7 @@ void oxDAEIntArray::Read(oxDAEFile& file) {
 }
 
 void oxDAEIntArray::Write(oxDAEFile& file) {
-  StartTyped(file, s_XMLTag, count);
-  WriteValues(*file.writer, *this);
-  file.writer->EndElement();
+  WriteTyped(file, s_XMLTag);
 }
 
 void oxDAEBoolArray::Read(oxDAEFile& file) {
@@ -202,8 +198,7 @@ void oxDAEBoolArray::Read(oxDAEFile& file) {
 }
 
 void oxDAEBoolArray::Write(oxDAEFile& file) {
-  StartTyped(file, s_XMLTag, count);
-  file.writer->EndElement();
+  WriteTyped(file, s_XMLTag);
 }
 
 void oxDAENameArray::Read(oxDAEFile& file) {
@@ -211,9 +206,7 @@ void oxDAENameArray::Read(oxDAEFile& file) {
 }
 
 void oxDAENameArray::Write(oxDAEFile& file) {
-  StartTyped(file, s_XMLTag, count);
-  WriteValues(*file.writer, *this);
-  file.writer->EndElement();
+  WriteTyped(file, s_XMLTag);
 }
 
 // --- <accessor> ----------------------------------------------------------------
@@ -251,8 +244,7 @@ void oxDAEAccessor::Write(oxDAEFile& file) {
   if (stride != 1) w.WriteAttributeUInt("stride", stride);
   if (source) w.WriteAttributeString("source", source->ComputeURL(file));
   w.EndAttributes();
-  for (oxDAEParameter* param : params)
-    file.WriteChild(param);
+  file.WriteChildren(params);
   w.EndElement();
 }
 
@@ -330,8 +322,7 @@ void oxDAESource::Read(oxDAEFile& file) {
 }
 
 void oxDAESource::Write(oxDAEFile& file) {
-  file.writer->StartElement(s_XMLTag);
-  oxDAEElement::Write(file);
+  WriteStart(file, s_XMLTag);
   file.writer->EndAttributes();
   if (array) file.WriteChild(array);
   if (techniqueCommon) file.WriteChild(techniqueCommon);
@@ -524,8 +515,7 @@ void oxDAEParameter::ReadData(OxKernel::oxXMLReader* reader) {
 
 void oxDAEParameter::Write(oxDAEFile& file) {
   OxKernel::oxXMLWriter& w = *file.writer;
-  w.StartElement(s_XMLTag);
-  oxDAEElement::Write(file);
+  WriteStart(file, s_XMLTag);
   w.WriteAttributeString("type", type);
   if (!semantic.empty()) w.WriteAttributeString("semantic", semantic);
   w.EndAttributes();

@@ -193,6 +193,9 @@ class oxDAEElement : public oxDAEBaseElement {
   oxArray<oxDAEExtraElement*> extras;
 
  protected:
+  // Starts `tag` and writes the identity attributes; the caller adds its own
+  // attributes and content and ends the element.
+  void WriteStart(oxDAEFile& file, std::string_view tag);
   // For documents that name elements without giving them an id: an element
   // with a name and no id takes the name as id and is registered under it.
   void AdoptNameAsID(oxDAEFile& file);

@@ -67,8 +67,9 @@ class oxDAEArray : public oxDAEElement {
  protected:
   // Identity, "count" and the values of a typed array of `valueType`.
   void ReadTyped(oxDAEFile& file, EValueType valueType);
-  // Starts `tag` with the identity attributes and "count".
-  void StartTyped(oxDAEFile& file, const oxString& tag, uint32_t declaredCount);
+  // Writes `tag` with the identity attributes, "count" and the values held
+  // (none for a bool array).
+  void WriteTyped(oxDAEFile& file, const oxString& tag);
 };
 
 // <float_array>: writes "count" as the number of floats held.

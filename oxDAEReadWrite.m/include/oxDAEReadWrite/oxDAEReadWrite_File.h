@@ -167,6 +167,12 @@ class oxDAEFile {
 
   // Writes a child element; elements it leaves open are closed here.
   void WriteChild(oxDAEBaseElement* child);
+  // Writes every element of `children` in order.
+  template <class Range>
+  void WriteChildren(const Range& children) {
+    for (oxDAEBaseElement* child : children)
+      WriteChild(child);
+  }
 
   // --- State ---------------------------------------------------------------
 
