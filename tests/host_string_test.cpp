@@ -252,7 +252,8 @@ TEST(HostCharacter, InterpretFloat) {
   const auto [nanOk, nan] = Interpret<float>("NaN", 7);
   EXPECT_TRUE(nanOk);
   EXPECT_TRUE(std::isnan(nan));
-  for (const char* bad : {"", "abc", "1,5", "1.5f", "0x1p3", "1 2", "+-1", "--1", "e5", "."})
+  for (const char* bad :
+       {"", "abc", "1,5,0", "1;5", "1.5f", "0x1p3", "1 2", "+-1", "--1", "e5", "."})
     EXPECT_EQ(Interpret<float>(bad, 9), std::pair(false, 9.0f)) << bad;
 }
 

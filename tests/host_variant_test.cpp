@@ -191,7 +191,7 @@ TEST(HostVariant, FailedConversionLeavesTheValueUnchanged) {
       {"bool", "true", "yes"},        {"bool", "true", "TRUE"},
       {"int32", "5", "abc"},          {"int32", "5", "2147483648"},
       {"int32", "5", "1.5"},          {"uint8", "9", "256"},
-      {"uint8", "9", "-1"},           {"float", "2.5", "1,5"},
+      {"uint8", "9", "-1"},           {"float", "2.5", "1;5"},
       {"float", "2.5", ""},           {"oxVec2", "1 2", "3"},
       {"oxVec2", "1 2", "3 4 5"},     {"oxVec3", "1 2 3", "4 5"},
       {"oxVec3", "1 2 3", "4 x 6"},   {"oxVec3", "1 2 3", ""},

@@ -13,6 +13,7 @@
 
 #include <oxKernel/oxXML.h>
 
+#include <oxKernel/oxCharacter.h>
 #include "oxTestSupport.h"
 
 using namespace OxKernel;
@@ -959,4 +960,24 @@ TEST(HostXMLReader, UTF16NumbersParseLikeUTF8) {
   unsigned int parsed = 0;
   EXPECT_EQ(value->ParseFloats(out, 3, parsed), 0);
   EXPECT_EQ(std::vector<float>(out, out + 3), (std::vector<float>{1.5f, -2.0f, 30.0f}));
+}
+
+TEST(HostXMLTextValue, DecimalCommaOfLocaleBrokenExportersReadsAsAPoint) {
+  LogCapture log;
+  const oxXMLTextValue text("0,5 -1,25e2 1,5,5", 17, "color");
+  float values[3] = {9, 9, 9};
+  unsigned int parsed = 0;
+  EXPECT_EQ(text.ParseFloats(values, 3, parsed), -1);
+  EXPECT_EQ(parsed, 2u);
+  EXPECT_EQ(values[0], 0.5f);
+  EXPECT_EQ(values[1], -125.0f);
+  EXPECT_EQ(values[2], 9.0f);
+  EXPECT_EQ(log.entries, (std::vector{oxtest::Warning("invalid value '1,5,5' in <color>")}));
+  int32_t ints[1] = {7};
+  EXPECT_EQ(oxXMLTextValue("1,5", 3, "p").ParseInts(ints, 1, parsed), -1);
+  EXPECT_EQ(ints[0], 7);
+  float attribute = 1.0f;
+  EXPECT_TRUE(OxKernel::oxCharacter::Interpret("0,010000", attribute));
+  EXPECT_EQ(attribute, 0.01f);
+  EXPECT_FALSE(OxKernel::oxCharacter::Interpret("0,1.5", attribute));
 }

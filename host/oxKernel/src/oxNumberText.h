@@ -48,6 +48,26 @@ T OutOfRangeValue(std::string_view token) {
   return negative ? -magnitude : magnitude;
 }
 
+template <class T>
+bool ParseToken(std::string_view token, T& out);
+
+// Exporters that format numbers under a locale with a decimal comma write
+// "0,5": a float token with one comma and no point reads with the comma
+// taken as the point. Nothing else uses commas in number lists.
+template <class T>
+bool ParseDecimalComma(std::string_view token, T& out) {
+  char text[64];
+  const size_t comma = token.find(',');
+  if (token.size() >= sizeof text || comma == std::string_view::npos ||
+      token.find_first_of(",.", comma + 1) != std::string_view::npos ||
+      token.find('.') != std::string_view::npos) {
+    return false;
+  }
+  token.copy(text, token.size());
+  text[comma] = '.';
+  return ParseToken(std::string_view(text, token.size()), out);
+}
+
 // Parses the whole of `token` (no white space inside) into `out`.
 template <class T>
 bool ParseToken(std::string_view token, T& out) {
@@ -68,7 +88,10 @@ bool ParseToken(std::string_view token, T& out) {
   } else {
     r = std::from_chars(first, last, value);
   }
-  if (r.ec != std::errc() || r.ptr != last) return false;
+  if (r.ec != std::errc() || r.ptr != last) {
+    if constexpr (std::is_floating_point_v<T>) return ParseDecimalComma(token, out);
+    return false;
+  }
   out = value;
   return true;
 }
