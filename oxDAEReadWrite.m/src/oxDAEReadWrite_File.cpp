@@ -108,8 +108,7 @@ int oxDAEFile::Load(const oxURI& location, OxKernel::oxProgress* progress) {
     root = new oxDAEColladaElement();
     _AddElement(root);
     root->Read(*this);
-    for (oxDAEBaseElement* e : elementsToUpdate)
-      e->UpdateDependencies(*this, false);
+    UpdateAll(false);
   }
   // The parsed text is not needed once the elements hold their values.
   reader.Reset();
@@ -142,8 +141,7 @@ int oxDAEFile::SaveToString(oxString& xml) {
 }
 
 int oxDAEFile::WriteDocument() {
-  for (oxDAEBaseElement* e : elementsToUpdate)
-    e->UpdateDependencies(*this, true);
+  UpdateAll(true);
   int rc = writer->IsReady();
   if (rc == 0) {
     root->Write(*this);
@@ -151,6 +149,12 @@ int oxDAEFile::WriteDocument() {
   }
   writer.Reset();
   return rc;
+}
+
+void oxDAEFile::UpdateAll(bool beforeWrite) {
+  // By index: an update may queue further elements, which are updated too.
+  for (size_t i = 0; i < elementsToUpdate.size(); ++i)
+    elementsToUpdate[i]->UpdateDependencies(*this, beforeWrite);
 }
 
 void oxDAEFile::WriteChild(oxDAEBaseElement* child) {

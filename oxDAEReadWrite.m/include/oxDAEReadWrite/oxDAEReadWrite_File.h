@@ -182,6 +182,8 @@ class oxDAEFile {
 
  private:
   int WriteDocument();
+  // Runs UpdateDependencies on every queued element, in the order queued.
+  void UpdateAll(bool beforeWrite);
 
   oxArray<std::unique_ptr<oxDAEBaseElement>> elements;
   oxArray<oxDAEBaseElement*> elementsToUpdate;
