@@ -86,7 +86,7 @@ class DocumentTest : public ::testing::Test {
   T* Find(const std::string& uri) const {
     return T::DynamicCast(document.ResolveURI(uri));
   }
-  // The only element of class T in the document, or null.
+  // Every element of class T in the document, in the order they were read.
   template <class T>
   std::vector<T*> All() const {
     std::vector<T*> found;

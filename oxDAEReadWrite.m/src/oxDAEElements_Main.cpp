@@ -145,11 +145,6 @@ void oxDAEElement::AdoptNameAsID(oxDAEFile& file) {
   file._RegisterElementID(this);
 }
 
-void oxDAEElement::ReadIdentityOnly(oxDAEFile& file) {
-  // Not entering the children is what steps over them.
-  oxDAEElement::Read(file);
-}
-
 void oxDAEElement::WriteStart(oxDAEFile& file, std::string_view tag) {
   file.writer->StartElement(tag);
   oxDAEElement::Write(file);

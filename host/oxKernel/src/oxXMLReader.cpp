@@ -49,6 +49,15 @@ void WarnInvalidToken(std::string_view token, const char* tag) {
   OX_LOG(kLogWarning, oxConcat("invalid value '", token, "' in <", tag, ">"));
 }
 
+// Takes the token that starts at `p` (no leading white space) and moves `p`
+// to the white space or end after it.
+std::string_view TakeToken(const char*& p, const char* end) {
+  const char* start = p;
+  while (p != end && !oxCharacter::IsSpace(*p))
+    ++p;
+  return {start, static_cast<size_t>(p - start)};
+}
+
 // Walks the white-space separated tokens of a text. Each `convert(token)`
 // returns false to stop at a token that does not convert.
 template <class Convert>
@@ -61,10 +70,7 @@ int ForEachToken(std::string_view text, unsigned int wanted, unsigned int& parse
     while (p != end && oxCharacter::IsSpace(*p))
       ++p;
     if (p == end) break;
-    const char* start = p;
-    while (p != end && !oxCharacter::IsSpace(*p))
-      ++p;
-    const std::string_view token(start, static_cast<size_t>(p - start));
+    const std::string_view token = TakeToken(p, end);
     if (!convert(token, parsed)) {
       WarnInvalidToken(token, tag);
       return -1;
@@ -100,10 +106,7 @@ int ParseNumbers(std::string_view text, T* out, unsigned int wanted, unsigned in
       p = r.ptr;
       continue;
     }
-    const char* start = p;
-    while (p != end && !oxCharacter::IsSpace(*p))
-      ++p;
-    const std::string_view token(start, static_cast<size_t>(p - start));
+    const std::string_view token = TakeToken(p, end);
     if (!NumberText::ParseToken(token, out[parsed])) {
       WarnInvalidToken(token, tag);
       return -1;
@@ -195,7 +198,6 @@ struct oxXMLReader::Impl {
   pugi::xml_document document;
   std::vector<Level> levels;
   bool depthReported = false;
-  std::vector<pugi::xml_node> textChildren;
 
   pugi::xml_node Current() const { return levels.back().current; }
 };
@@ -362,17 +364,11 @@ bool oxXMLReader::HasPlainText() const {
   return first && IsText(first) && !first.next_sibling();
 }
 
-size_t oxXMLReader::TextChildCount() const {
-  std::vector<pugi::xml_node>& texts = m_impl->textChildren;
-  texts.clear();
-  for (pugi::xml_node n = m_impl->Current().first_child(); n; n = n.next_sibling()) {
-    if (IsText(n)) texts.push_back(n);
+void oxXMLReader::ForEachTextChild(const std::function<void(const oxXMLTextValue&)>& visit) const {
+  const pugi::xml_node element = m_impl->Current();
+  for (pugi::xml_node n = element.first_child(); n; n = n.next_sibling()) {
+    if (IsText(n)) visit(MakeTextValue(n, element.name()));
   }
-  return texts.size();
-}
-
-oxXMLTextValue oxXMLReader::TextChild(size_t index) const {
-  return MakeTextValue(m_impl->textChildren[index], m_impl->Current().name());
 }
 
 oxXMLFactory& oxXMLFactory::Instance(unsigned int) {

@@ -199,9 +199,6 @@ class oxDAEElement : public oxDAEBaseElement {
   // For documents that name elements without giving them an id: an element
   // with a name and no id takes the name as id and is registered under it.
   void AdoptNameAsID(oxDAEFile& file);
-  // For elements kept by identity only: reads the identity attributes and
-  // steps over every child without a message.
-  void ReadIdentityOnly(oxDAEFile& file);
   // Writes the element as `tag` with its identity attributes and no content.
   void WriteIdentityOnly(oxDAEFile& file, const oxString& tag);
 };
@@ -221,7 +218,7 @@ class oxDAETypedElement : public oxDAEElement {
   class Class : public Base {                                                   \
     OX_DAE_ELEMENT(Class, Base)                                                 \
    public:                                                                      \
-    void Read(oxDAEFile& file) override { ReadIdentityOnly(file); }             \
+    void Read(oxDAEFile& file) override { oxDAEElement::Read(file); }           \
     void Write(oxDAEFile& file) override { WriteIdentityOnly(file, s_XMLTag); } \
   }
 

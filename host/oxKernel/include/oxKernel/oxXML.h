@@ -18,6 +18,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string_view>
 
@@ -125,19 +126,13 @@ class oxXMLReader : public oxRefPtrObject {
   // child elements, no text split by comments).
   bool HasPlainText() const;
   // Calls `visit` with every text and CDATA child of the element, in order.
-  template <class Visitor>
-  void ForEachTextChild(Visitor&& visit) const {
-    for (size_t i = 0, n = TextChildCount(); i < n; ++i)
-      visit(TextChild(i));
-  }
+  void ForEachTextChild(const std::function<void(const oxXMLTextValue&)>& visit) const;
 
   struct Impl;
 
  private:
   friend class oxXMLFactory;
   explicit oxXMLReader(std::unique_ptr<Impl> impl);
-  size_t TextChildCount() const;
-  oxXMLTextValue TextChild(size_t index) const;
   std::unique_ptr<Impl> m_impl;
   oxXMLTextValue m_text;
 };
