@@ -7,16 +7,6 @@ using oxtest::Collada;
 using oxtest::Error;
 using oxtest::Warning;
 
-namespace testowners {
-// Stand-ins for owner classes the technique choice knows by name only.
-class oxDAEFxColorOrTextureType : public oxDAEElement {
-  OX_DAE_ELEMENT(oxDAEFxColorOrTextureType, oxDAEElement)
- public:
-  void Read(oxDAEFile&) override {}
-};
-OX_DAE_ELEMENT_DEFINE(oxDAEFxColorOrTextureType, "texture");
-}  // namespace testowners
-
 namespace {
 
 class ExtraTest : public oxtest::DocumentTest {
@@ -59,17 +49,17 @@ TEST_F(ExtraTest, ExtraUnderALightWithMayaProfileCreatesNoTechnique) {
 
 TEST_F(ExtraTest, MayaTextureTechniqueNeedsAMayaOrMaxDocument) {
   LoadWrittenBy("Blender 2.79");
-  auto* texture = Owner<testowners::oxDAEFxColorOrTextureType>();
+  auto* texture = Owner<oxDAEFxColorOrTextureType>();
   EXPECT_TRUE(ReadExtraOf(texture, kMayaTechnique)->techniques.empty());
 
   LoadWrittenBy("Maya 7.0 | ColladaMaya v2.01");
-  texture = Owner<testowners::oxDAEFxColorOrTextureType>();
+  texture = Owner<oxDAEFxColorOrTextureType>();
   oxDAEExtraElement* extra = ReadExtraOf(texture, kMayaTechnique);
   ASSERT_EQ(extra->techniques.size(), 1u);
   EXPECT_NE(oxDAETechTexture_Maya::DynamicCast(extra->techniques[0]), nullptr);
 
   LoadWrittenBy("3dsmax 9 - Feeling ColladaMax v3.05B");
-  texture = Owner<testowners::oxDAEFxColorOrTextureType>();
+  texture = Owner<oxDAEFxColorOrTextureType>();
   EXPECT_EQ(ReadExtraOf(texture, kMayaTechnique)->techniques.size(), 1u);
 }
 
@@ -82,7 +72,7 @@ TEST_F(ExtraTest, EachOwnerAndProfileChoosesItsTechniqueClass) {
   const Case cases[] = {
       {Owner<oxDAEEffect>(), "NV_import", &oxDAETechEffect_Nv::kRTTI},
       {Owner<oxDAEEffect>(), "MAX3D", &oxDAETechEffect_Max3D::kRTTI},
-      {Owner<testowners::oxDAEFxColorOrTextureType>(), "MAX3D", &oxDAETechTexture_Max3D::kRTTI},
+      {Owner<oxDAEFxColorOrTextureType>(), "MAX3D", &oxDAETechTexture_Max3D::kRTTI},
       {Owner<oxDAENode>(), "FCOLLADA", &oxDAETechNode_FCOLLADA::kRTTI},
       {Owner<oxDAEGeometry>(), "FCOLLADA", &oxDAETechGeometry_FCOLLADA::kRTTI},
       {Owner<oxDAEMaterial>(), "FCOLLADA", &oxDAETechMaterial_FCOLLADA::kRTTI},

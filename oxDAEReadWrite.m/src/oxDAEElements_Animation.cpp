@@ -4,8 +4,8 @@
 
 namespace OxDAEReader {
 
-OX_DAE_ELEMENT_DEFINE(oxDAEAnimation, "animation");
-OX_DAE_ELEMENT_DEFINE(oxDAEAnimationClip, "animation_clip");
-OX_DAE_ELEMENT_DEFINE(oxDAEController, "controller");
+OX_DAE_ELEMENT_DEFINE(oxDAEAnimation);
+OX_DAE_ELEMENT_DEFINE(oxDAEAnimationClip);
+OX_DAE_ELEMENT_DEFINE(oxDAEController);
 
 }  // namespace OxDAEReader

@@ -4,6 +4,10 @@
 
 namespace OxDAEReader {
 
-OX_DAE_ELEMENT_DEFINE(oxDAEImage, "image");
+OX_DAE_ELEMENT_DEFINE(oxDAEImage);
+OX_DAE_ELEMENT_DEFINE(oxDAEFxProfile);
+OX_DAE_ELEMENT_DEFINE(oxDAEFxProfileCommon);
+OX_DAE_ELEMENT_DEFINE(oxDAEFxProfileCommon::Technique);
+OX_DAE_ELEMENT_DEFINE(oxDAEFxColorOrTextureType);
 
 }  // namespace OxDAEReader

@@ -4,8 +4,8 @@
 
 namespace OxDAEReader {
 
-OX_DAE_ELEMENT_DEFINE(oxDAEInstance, "instance");
-OX_DAE_ELEMENT_DEFINE(oxDAEVisualScene, "visual_scene");
+OX_DAE_ELEMENT_DEFINE(oxDAEInstance);
+OX_DAE_ELEMENT_DEFINE(oxDAEVisualScene);
 
 std::string_view oxDAEInstance::TagOfKind(EToken kind) {
   switch (kind) {

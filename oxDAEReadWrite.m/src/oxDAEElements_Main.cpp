@@ -8,9 +8,9 @@
 
 namespace OxDAEReader {
 
-OX_DAE_ELEMENT_DEFINE(oxDAEBaseElement, "");
-OX_DAE_ELEMENT_DEFINE(oxDAEElement, "");
-OX_DAE_ELEMENT_DEFINE(oxDAETypedElement, "");
+OX_DAE_ELEMENT_DEFINE(oxDAEBaseElement);
+OX_DAE_ELEMENT_DEFINE(oxDAEElement);
+OX_DAE_ELEMENT_DEFINE(oxDAETypedElement);
 
 using OxKernel::kLogError;
 using OxKernel::kLogWarning;
@@ -150,7 +150,7 @@ void oxDAEElement::WriteStart(oxDAEFile& file, std::string_view tag) {
   oxDAEElement::Write(file);
 }
 
-void oxDAEElement::WriteIdentityOnly(oxDAEFile& file, const oxString& tag) {
+void oxDAEElement::WriteIdentityOnly(oxDAEFile& file, std::string_view tag) {
   WriteStart(file, tag);
   file.writer->EndElement();
 }

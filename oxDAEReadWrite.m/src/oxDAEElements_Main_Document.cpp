@@ -12,14 +12,14 @@
 #include "oxDAEReadWrite/oxDAEElements_Main_Physics.h"
 #include "oxDAEReadWrite/oxDAEElements_Material.h"
 #include "oxDAEReadWrite/oxDAEReadWrite_File.h"
+#include "oxDAEReadWrite/oxDAETechniques.h"
 
 namespace OxDAEReader {
 
-OX_DAE_ELEMENT_DEFINE(oxDAEColladaElement, "COLLADA");
-const oxString oxDAEColladaElement::s_XMLTagVariant{"DAE"};
-OX_DAE_ELEMENT_DEFINE(oxDAEAssetElement, "asset");
-OX_DAE_ELEMENT_DEFINE(oxDAELibrary, "library");
-OX_DAE_ELEMENT_DEFINE(oxDAESceneElement, "scene");
+OX_DAE_ELEMENT_DEFINE(oxDAEColladaElement);
+OX_DAE_ELEMENT_DEFINE(oxDAEAssetElement);
+OX_DAE_ELEMENT_DEFINE(oxDAELibrary);
+OX_DAE_ELEMENT_DEFINE(oxDAESceneElement);
 
 // --- <COLLADA> ---------------------------------------------------------------
 
@@ -30,7 +30,7 @@ void ReadLibrary(oxDAEColladaElement& root, oxDAEFile& file) {
 }
 
 constexpr oxDAEChildRule<oxDAEColladaElement> kColladaChildren[] = {
-    {"asset",
+    {oxDAEAssetElement::s_XMLTag,
      [](oxDAEColladaElement& r, oxDAEFile& f) { r.asset = f.ReadChild<oxDAEAssetElement>(&r); }},
     {"library_animations", ReadLibrary},
     {"library_animation_clips", ReadLibrary},
@@ -47,9 +47,9 @@ constexpr oxDAEChildRule<oxDAEColladaElement> kColladaChildren[] = {
     {"library_physics_models", ReadLibrary},
     {"library_physics_scenes", ReadLibrary},
     {"library_visual_scenes", ReadLibrary},
-    {"scene",
+    {oxDAESceneElement::s_XMLTag,
      [](oxDAEColladaElement& r, oxDAEFile& f) { r.scene = f.ReadChild<oxDAESceneElement>(&r); }},
-    {"extra",
+    {oxDAEExtraElement::s_XMLTag,
      [](oxDAEColladaElement&, oxDAEFile&) {
        oxDAEBaseElement::UnsupportedExtraWarning(oxDAEColladaElement::s_XMLTag);
      }},
@@ -238,21 +238,21 @@ void ReadLibraryChild(oxDAELibrary& library, oxDAEFile& file) {
 }
 
 constexpr oxDAEChildRule<oxDAELibrary> kLibraryChildren[] = {
-    {"animation", ReadLibraryChild<oxDAEAnimation>},
-    {"animation_clip", ReadLibraryChild<oxDAEAnimationClip>},
-    {"node", ReadLibraryChild<oxDAENode>},
-    {"camera", ReadLibraryChild<oxDAECamera>},
-    {"controller", ReadLibraryChild<oxDAEController>},
-    {"geometry", ReadLibraryChild<oxDAEGeometry>},
-    {"image", ReadLibraryChild<oxDAEImage>},
-    {"light", ReadLibraryChild<oxDAELight>},
-    {"material", ReadLibraryChild<oxDAEMaterial>},
-    {"effect", ReadLibraryChild<oxDAEEffect>},
-    {"visual_scene", ReadLibraryChild<oxDAEVisualScene>},
-    {"physics_scene", ReadLibraryChild<oxDAEPhysicsScene>},
-    {"physics_model", ReadLibraryChild<oxDAEPhysicsModel>},
-    {"physics_material", ReadLibraryChild<oxDAEPhysicsMaterial>},
-    {"force_field", ReadLibraryChild<oxDAEForceField>},
+    {oxDAEAnimation::s_XMLTag, ReadLibraryChild<oxDAEAnimation>},
+    {oxDAEAnimationClip::s_XMLTag, ReadLibraryChild<oxDAEAnimationClip>},
+    {oxDAENode::s_XMLTag, ReadLibraryChild<oxDAENode>},
+    {oxDAECamera::s_XMLTag, ReadLibraryChild<oxDAECamera>},
+    {oxDAEController::s_XMLTag, ReadLibraryChild<oxDAEController>},
+    {oxDAEGeometry::s_XMLTag, ReadLibraryChild<oxDAEGeometry>},
+    {oxDAEImage::s_XMLTag, ReadLibraryChild<oxDAEImage>},
+    {oxDAELight::s_XMLTag, ReadLibraryChild<oxDAELight>},
+    {oxDAEMaterial::s_XMLTag, ReadLibraryChild<oxDAEMaterial>},
+    {oxDAEEffect::s_XMLTag, ReadLibraryChild<oxDAEEffect>},
+    {oxDAEVisualScene::s_XMLTag, ReadLibraryChild<oxDAEVisualScene>},
+    {oxDAEPhysicsScene::s_XMLTag, ReadLibraryChild<oxDAEPhysicsScene>},
+    {oxDAEPhysicsModel::s_XMLTag, ReadLibraryChild<oxDAEPhysicsModel>},
+    {oxDAEPhysicsMaterial::s_XMLTag, ReadLibraryChild<oxDAEPhysicsMaterial>},
+    {oxDAEForceField::s_XMLTag, ReadLibraryChild<oxDAEForceField>},
 };
 
 }  // namespace

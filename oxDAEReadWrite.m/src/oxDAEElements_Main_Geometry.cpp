@@ -10,13 +10,13 @@
 
 namespace OxDAEReader {
 
-OX_DAE_ELEMENT_DEFINE(oxDAEInputElement, "input");
-OX_DAE_ELEMENT_DEFINE(oxDAEVertices, "vertices");
-OX_DAE_ELEMENT_DEFINE(oxDAEGeometry, "geometry");
-OX_DAE_ELEMENT_DEFINE(oxDAEMesh, "mesh");
-OX_DAE_ELEMENT_DEFINE(oxDAEMeshPrimitive, "");
-OX_DAE_ELEMENT_DEFINE(oxDAESpline, "spline");
-OX_DAE_ELEMENT_DEFINE(oxDAEControlVertices, "control_vertices");
+OX_DAE_ELEMENT_DEFINE(oxDAEInputElement);
+OX_DAE_ELEMENT_DEFINE(oxDAEVertices);
+OX_DAE_ELEMENT_DEFINE(oxDAEGeometry);
+OX_DAE_ELEMENT_DEFINE(oxDAEMesh);
+OX_DAE_ELEMENT_DEFINE(oxDAEMeshPrimitive);
+OX_DAE_ELEMENT_DEFINE(oxDAESpline);
+OX_DAE_ELEMENT_DEFINE(oxDAEControlVertices);
 
 // --- <input> -------------------------------------------------------------------
 
@@ -92,9 +92,11 @@ oxDAEInputElement* oxDAEVertices::GetInput(const oxString& semantic) const {
 // --- <geometry> ------------------------------------------------------------------
 
 constexpr oxDAEChildRule<oxDAEGeometry> kGeometryChildren[] = {
-    {"mesh", [](oxDAEGeometry& g, oxDAEFile& f) { g.mesh = f.ReadChild<oxDAEMesh>(&g); }},
-    {"spline", [](oxDAEGeometry& g, oxDAEFile& f) { g.spline = f.ReadChild<oxDAESpline>(&g); }},
-    {"extra",
+    {oxDAEMesh::s_XMLTag,
+     [](oxDAEGeometry& g, oxDAEFile& f) { g.mesh = f.ReadChild<oxDAEMesh>(&g); }},
+    {oxDAESpline::s_XMLTag,
+     [](oxDAEGeometry& g, oxDAEFile& f) { g.spline = f.ReadChild<oxDAESpline>(&g); }},
+    {oxDAEExtraElement::s_XMLTag,
      [](oxDAEGeometry& g, oxDAEFile& f) {
        oxDAEExtraElement* extra = nullptr;
        f.ReadExtra(&g, extra);
@@ -127,9 +129,10 @@ void ReadPrimitive(oxDAEMesh& mesh, oxDAEFile& file) {
 }  // namespace
 
 constexpr oxDAEChildRule<oxDAEMesh> kMeshChildren[] = {
-    {"source",
+    {oxDAESource::s_XMLTag,
      [](oxDAEMesh& m, oxDAEFile& f) { m.sources.push_back(f.ReadChild<oxDAESource>(&m)); }},
-    {"vertices", [](oxDAEMesh& m, oxDAEFile& f) { m.vertices = f.ReadChild<oxDAEVertices>(&m); }},
+    {oxDAEVertices::s_XMLTag,
+     [](oxDAEMesh& m, oxDAEFile& f) { m.vertices = f.ReadChild<oxDAEVertices>(&m); }},
     {"lines", ReadPrimitive<EPrimitive::LINES>},
     {"linestrips", ReadPrimitive<EPrimitive::LINESTRIPS>},
     {"polygons", ReadPrimitive<EPrimitive::POLYGONS>},
@@ -240,13 +243,13 @@ size_t oxDAEMeshPrimitive::GetIndexCount() const {
 // --- <spline> --------------------------------------------------------------------
 
 constexpr oxDAEChildRule<oxDAESpline> kSplineChildren[] = {
-    {"source",
+    {oxDAESource::s_XMLTag,
      [](oxDAESpline& s, oxDAEFile& f) { s.sources.push_back(f.ReadChild<oxDAESource>(&s)); }},
-    {"control_vertices",
+    {oxDAEControlVertices::s_XMLTag,
      [](oxDAESpline& s, oxDAEFile& f) {
        s.controlVertices = f.ReadChild<oxDAEControlVertices>(&s);
      }},
-    {"extra", nullptr},
+    {oxDAEExtraElement::s_XMLTag, nullptr},
 };
 
 void oxDAESpline::Read(oxDAEFile& file) {
@@ -256,7 +259,7 @@ void oxDAESpline::Read(oxDAEFile& file) {
 
 constexpr oxDAEChildRule<oxDAEControlVertices> kControlVerticesChildren[] = {
     {"input", ReadInput<oxDAEControlVertices>},
-    {"extra", nullptr},
+    {oxDAEExtraElement::s_XMLTag, nullptr},
 };
 
 void oxDAEControlVertices::Read(oxDAEFile& file) {

@@ -4,7 +4,7 @@
 
 namespace OxDAEReader {
 
-OX_DAE_ELEMENT_DEFINE(oxDAELight, "light");
-OX_DAE_ELEMENT_DEFINE(oxDAECamera, "camera");
+OX_DAE_ELEMENT_DEFINE(oxDAELight);
+OX_DAE_ELEMENT_DEFINE(oxDAECamera);
 
 }  // namespace OxDAEReader

@@ -4,7 +4,7 @@
 
 namespace OxDAEReader {
 
-OX_DAE_ELEMENT_DEFINE(oxDAEHierarchyElement, "");
-OX_DAE_ELEMENT_DEFINE(oxDAENode, "node");
+OX_DAE_ELEMENT_DEFINE(oxDAEHierarchyElement);
+OX_DAE_ELEMENT_DEFINE(oxDAENode);
 
 }  // namespace OxDAEReader

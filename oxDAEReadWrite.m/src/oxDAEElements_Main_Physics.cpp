@@ -4,9 +4,9 @@
 
 namespace OxDAEReader {
 
-OX_DAE_ELEMENT_DEFINE(oxDAEForceField, "force_field");
-OX_DAE_ELEMENT_DEFINE(oxDAEPhysicsMaterial, "physics_material");
-OX_DAE_ELEMENT_DEFINE(oxDAEPhysicsModel, "physics_model");
-OX_DAE_ELEMENT_DEFINE(oxDAEPhysicsScene, "physics_scene");
+OX_DAE_ELEMENT_DEFINE(oxDAEForceField);
+OX_DAE_ELEMENT_DEFINE(oxDAEPhysicsMaterial);
+OX_DAE_ELEMENT_DEFINE(oxDAEPhysicsModel);
+OX_DAE_ELEMENT_DEFINE(oxDAEPhysicsScene);
 
 }  // namespace OxDAEReader

@@ -12,16 +12,15 @@
 
 namespace OxDAEReader {
 
-OX_DAE_ELEMENT_DEFINE(oxDAEArray, "array");
-OX_DAE_ELEMENT_DEFINE(oxDAEFloatArray, "float_array");
-OX_DAE_ELEMENT_DEFINE(oxDAEIntArray, "int_array");
-OX_DAE_ELEMENT_DEFINE(oxDAEBoolArray, "bool_array");
-OX_DAE_ELEMENT_DEFINE(oxDAENameArray, "Name_array");
-OX_DAE_ELEMENT_DEFINE(oxDAEAccessor, "accessor");
-OX_DAE_ELEMENT_DEFINE(oxDAESource, "source");
-OX_DAE_ELEMENT_DEFINE(oxDAESourceTechniqueCommon, "technique_common");
-OX_DAE_ELEMENT_DEFINE(oxDAEParameter, "param");
-const oxString oxDAEParameter::s_XMLTagVariant{"parameter"};
+OX_DAE_ELEMENT_DEFINE(oxDAEArray);
+OX_DAE_ELEMENT_DEFINE(oxDAEFloatArray);
+OX_DAE_ELEMENT_DEFINE(oxDAEIntArray);
+OX_DAE_ELEMENT_DEFINE(oxDAEBoolArray);
+OX_DAE_ELEMENT_DEFINE(oxDAENameArray);
+OX_DAE_ELEMENT_DEFINE(oxDAEAccessor);
+OX_DAE_ELEMENT_DEFINE(oxDAESource);
+OX_DAE_ELEMENT_DEFINE(oxDAESourceTechniqueCommon);
+OX_DAE_ELEMENT_DEFINE(oxDAEParameter);
 
 using OxKernel::oxXMLTextValue;
 using EValueType = oxDAEArray::EValueType;
@@ -168,7 +167,7 @@ void oxDAEArray::Write(oxDAEFile& file) {
   w.EndElement();
 }
 
-void oxDAEArray::WriteTyped(oxDAEFile& file, const oxString& tag) {
+void oxDAEArray::WriteTyped(oxDAEFile& file, std::string_view tag) {
   WriteStart(file, tag);
   file.writer->WriteAttributeUInt("count", count);
   file.writer->EndAttributes();
@@ -299,17 +298,17 @@ void ReadSourceArray(oxDAESource& source, oxDAEFile& file) {
 }
 
 constexpr oxDAEChildRule<oxDAESource> kSourceChildren[] = {
-    {"array", ReadSourceArray<oxDAEArray>},
-    {"float_array", ReadSourceArray<oxDAEFloatArray>},
-    {"bool_array", ReadSourceArray<oxDAEBoolArray>},
-    {"int_array", ReadSourceArray<oxDAEIntArray>},
-    {"Name_array", ReadSourceArray<oxDAENameArray>},
+    {oxDAEArray::s_XMLTag, ReadSourceArray<oxDAEArray>},
+    {oxDAEFloatArray::s_XMLTag, ReadSourceArray<oxDAEFloatArray>},
+    {oxDAEBoolArray::s_XMLTag, ReadSourceArray<oxDAEBoolArray>},
+    {oxDAEIntArray::s_XMLTag, ReadSourceArray<oxDAEIntArray>},
+    {oxDAENameArray::s_XMLTag, ReadSourceArray<oxDAENameArray>},
     {"IDREF_array", ReadSourceArray<oxDAENameArray>},
-    {"technique_common",
+    {oxDAESourceTechniqueCommon::s_XMLTag,
      [](oxDAESource& s, oxDAEFile& f) {
        s.techniqueCommon = f.ReadChild<oxDAESourceTechniqueCommon>(&s);
      }},
-    {"technique",
+    {oxDAETechnique::s_XMLTag,
      [](oxDAESource& s, oxDAEFile& f) { s.techniques.push_back(f.ReadChild<oxDAETechnique>(&s)); }},
 };
 
@@ -334,11 +333,13 @@ oxDAEAccessor* oxDAESource::GetAccessor() const {
 }
 
 constexpr oxDAEChildRule<oxDAESourceTechniqueCommon> kSourceTechniqueChildren[] = {
-    {"asset", [](oxDAESourceTechniqueCommon& t,
-                 oxDAEFile& f) { t.asset = f.ReadChild<oxDAEAssetElement>(&t); }},
-    {"accessor", [](oxDAESourceTechniqueCommon& t,
-                    oxDAEFile& f) { t.accessor = f.ReadChild<oxDAEAccessor>(&t); }},
-    {"extra", nullptr},
+    {oxDAEAssetElement::s_XMLTag,
+     [](oxDAESourceTechniqueCommon& t, oxDAEFile& f) {
+       t.asset = f.ReadChild<oxDAEAssetElement>(&t);
+     }},
+    {oxDAEAccessor::s_XMLTag, [](oxDAESourceTechniqueCommon& t,
+                                 oxDAEFile& f) { t.accessor = f.ReadChild<oxDAEAccessor>(&t); }},
+    {oxDAEExtraElement::s_XMLTag, nullptr},
 };
 
 void oxDAESourceTechniqueCommon::Read(oxDAEFile& file) {

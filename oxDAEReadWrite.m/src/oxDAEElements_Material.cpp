@@ -4,7 +4,7 @@
 
 namespace OxDAEReader {
 
-OX_DAE_ELEMENT_DEFINE(oxDAEMaterial, "material");
-OX_DAE_ELEMENT_DEFINE(oxDAEEffect, "effect");
+OX_DAE_ELEMENT_DEFINE(oxDAEMaterial);
+OX_DAE_ELEMENT_DEFINE(oxDAEEffect);
 
 }  // namespace OxDAEReader

@@ -4,7 +4,7 @@
 
 namespace OxDAEReader {
 
-OX_DAE_ELEMENT_DEFINE(oxDAEFxRenderState, "");
+OX_DAE_ELEMENT_DEFINE(oxDAEFxRenderState);
 
 namespace {
 // The registry of render states by name. The shader profile's render states

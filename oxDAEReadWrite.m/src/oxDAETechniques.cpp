@@ -2,36 +2,43 @@
 
 #include <oxKernel/oxLog.h>
 
+#include "oxDAEReadWrite/oxDAEElements_Fx.h"
 #include "oxDAEReadWrite/oxDAEElements_Main_Document.h"
+#include "oxDAEReadWrite/oxDAEElements_Main_Geometry.h"
+#include "oxDAEReadWrite/oxDAEElements_Main_LightCamera.h"
+#include "oxDAEReadWrite/oxDAEElements_Main_Node.h"
 #include "oxDAEReadWrite/oxDAEElements_Main_Source.h"
+#include "oxDAEReadWrite/oxDAEElements_Material.h"
 #include "oxDAEReadWrite/oxDAEReadWrite_File.h"
 #include "oxDAEReadWrite/oxDAETechniques_NV.h"
 
 namespace OxDAEReader {
 
-OX_DAE_ELEMENT_DEFINE(oxDAEExtraElement, "extra");
-OX_DAE_ELEMENT_DEFINE(oxDAETechnique, "technique");
-OX_DAE_ELEMENT_DEFINE(oxDAECustomAttributes, "Custom_Attributes");
-OX_DAE_ELEMENT_DEFINE(oxDAETechDynAttr_Maya, "technique");
-OX_DAE_ELEMENT_DEFINE(oxDAETechMaps_Maya, "technique");
-OX_DAE_ELEMENT_DEFINE(oxDAETechTexture_Maya, "technique");
-OX_DAE_ELEMENT_DEFINE(oxDAETechTexture_Max3D, "technique");
-OX_DAE_ELEMENT_DEFINE(oxDAETechEffect_Max3D, "technique");
-OX_DAE_ELEMENT_DEFINE(oxDAETechLight_Max3D, "technique");
-OX_DAE_ELEMENT_DEFINE(oxDAETechMaps_FCOLLADA, "technique");
-OX_DAE_ELEMENT_DEFINE(oxDAETechNode_FCOLLADA, "technique");
-OX_DAE_ELEMENT_DEFINE(oxDAETechGeometry_FCOLLADA, "technique");
-OX_DAE_ELEMENT_DEFINE(oxDAETechMaterial_FCOLLADA, "technique");
-OX_DAE_ELEMENT_DEFINE(oxDAETechLight_FCOLLADA, "technique");
-OX_DAE_ELEMENT_DEFINE(oxDAETechEffect_Nv, "technique");
+OX_DAE_ELEMENT_DEFINE(oxDAEExtraElement);
+OX_DAE_ELEMENT_DEFINE(oxDAETechnique);
+OX_DAE_ELEMENT_DEFINE(oxDAECustomAttributes);
+OX_DAE_ELEMENT_DEFINE(oxDAETechDynAttr_Maya);
+OX_DAE_ELEMENT_DEFINE(oxDAETechMaps_Maya);
+OX_DAE_ELEMENT_DEFINE(oxDAETechTexture_Maya);
+OX_DAE_ELEMENT_DEFINE(oxDAETechTexture_Max3D);
+OX_DAE_ELEMENT_DEFINE(oxDAETechEffect_Max3D);
+OX_DAE_ELEMENT_DEFINE(oxDAETechLight_Max3D);
+OX_DAE_ELEMENT_DEFINE(oxDAETechMaps_FCOLLADA);
+OX_DAE_ELEMENT_DEFINE(oxDAETechNode_FCOLLADA);
+OX_DAE_ELEMENT_DEFINE(oxDAETechGeometry_FCOLLADA);
+OX_DAE_ELEMENT_DEFINE(oxDAETechMaterial_FCOLLADA);
+OX_DAE_ELEMENT_DEFINE(oxDAETechLight_FCOLLADA);
+OX_DAE_ELEMENT_DEFINE(oxDAETechEffect_Nv);
 
 using OxKernel::kLogWarning;
 
 // --- <extra> -------------------------------------------------------------------
 
 constexpr oxDAEChildRule<oxDAEExtraElement> kExtraChildren[] = {
-    {"technique", [](oxDAEExtraElement& e,
-                     oxDAEFile& f) { e.techniques.push_back(f.ReadChild<oxDAETechnique>(&e)); }},
+    {oxDAETechnique::s_XMLTag,
+     [](oxDAEExtraElement& e, oxDAEFile& f) {
+       e.techniques.push_back(f.ReadChild<oxDAETechnique>(&e));
+     }},
 };
 
 void oxDAEExtraElement::Read(oxDAEFile& file) {
@@ -90,7 +97,7 @@ namespace {
 using Tool = oxDAEAssetElement::EAuthoringTool;
 
 struct TechniqueRule {
-  std::string_view ownerClass;  // matched by class name, so owners may be any kind
+  const OxKernel::oxRTTI* owner;  // owners of this class or a subclass
   std::string_view profile;
   bool mayaOrMaxOnly;  // only in documents written by Maya or 3ds Max
   oxDAETechnique* (*create)();
@@ -102,17 +109,17 @@ oxDAETechnique* Create() {
 }
 
 constexpr TechniqueRule kTechniqueRules[] = {
-    {"oxDAEEffect", "NV_import", false, Create<oxDAETechEffect_Nv>},
-    {"oxDAEEffect", "MAX3D", false, Create<oxDAETechEffect_Max3D>},
-    {"oxDAEFxProfileCommon::Technique", "MAYA", false, Create<oxDAETechMaps_Maya>},
-    {"oxDAEFxProfileCommon::Technique", "FCOLLADA", false, Create<oxDAETechMaps_FCOLLADA>},
-    {"oxDAEFxColorOrTextureType", "MAX3D", false, Create<oxDAETechTexture_Max3D>},
-    {"oxDAEFxColorOrTextureType", "MAYA", true, Create<oxDAETechTexture_Maya>},
-    {"oxDAENode", "FCOLLADA", false, Create<oxDAETechNode_FCOLLADA>},
-    {"oxDAEGeometry", "FCOLLADA", false, Create<oxDAETechGeometry_FCOLLADA>},
-    {"oxDAEMaterial", "FCOLLADA", false, Create<oxDAETechMaterial_FCOLLADA>},
-    {"oxDAELight", "FCOLLADA", false, Create<oxDAETechLight_FCOLLADA>},
-    {"oxDAELight", "MAX3D", false, Create<oxDAETechLight_Max3D>},
+    {&oxDAEEffect::kRTTI, "NV_import", false, Create<oxDAETechEffect_Nv>},
+    {&oxDAEEffect::kRTTI, "MAX3D", false, Create<oxDAETechEffect_Max3D>},
+    {&oxDAEFxProfileCommon::Technique::kRTTI, "MAYA", false, Create<oxDAETechMaps_Maya>},
+    {&oxDAEFxProfileCommon::Technique::kRTTI, "FCOLLADA", false, Create<oxDAETechMaps_FCOLLADA>},
+    {&oxDAEFxColorOrTextureType::kRTTI, "MAX3D", false, Create<oxDAETechTexture_Max3D>},
+    {&oxDAEFxColorOrTextureType::kRTTI, "MAYA", true, Create<oxDAETechTexture_Maya>},
+    {&oxDAENode::kRTTI, "FCOLLADA", false, Create<oxDAETechNode_FCOLLADA>},
+    {&oxDAEGeometry::kRTTI, "FCOLLADA", false, Create<oxDAETechGeometry_FCOLLADA>},
+    {&oxDAEMaterial::kRTTI, "FCOLLADA", false, Create<oxDAETechMaterial_FCOLLADA>},
+    {&oxDAELight::kRTTI, "FCOLLADA", false, Create<oxDAETechLight_FCOLLADA>},
+    {&oxDAELight::kRTTI, "MAX3D", false, Create<oxDAETechLight_Max3D>},
 };
 
 Tool AuthoringTool(const oxDAEFile& file) {
@@ -123,7 +130,7 @@ Tool AuthoringTool(const oxDAEFile& file) {
 const TechniqueRule* FindTechniqueRule(const oxDAEBaseElement& owner, const oxString& profile,
                                        Tool tool) {
   for (const TechniqueRule& rule : kTechniqueRules) {
-    if (rule.profile != profile || !owner.IsKindOf(rule.ownerClass)) continue;
+    if (rule.profile != profile || !owner.IsKindOf(*rule.owner)) continue;
     if (rule.mayaOrMaxOnly && tool != Tool::MAX && tool != Tool::MAYA) continue;
     return &rule;
   }

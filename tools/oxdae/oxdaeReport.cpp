@@ -12,7 +12,7 @@ namespace {
 
 // The tag the array was written as: the class tag of a typed array, or
 // "array" for the generic one.
-std::string ArrayTypeOf(const oxDAEArray* array) {
+std::string_view ArrayTypeOf(const oxDAEArray* array) {
   if (!array) return {};
   if (oxDAEFloatArray::DynamicCast(array)) return oxDAEFloatArray::s_XMLTag;
   if (oxDAEIntArray::DynamicCast(array)) return oxDAEIntArray::s_XMLTag;
@@ -34,7 +34,7 @@ GeometryReport DescribeGeometry(const oxDAEGeometry& geometry) {
   if (!geometry.mesh) return g;
   for (const oxDAESource* source : geometry.mesh->sources) {
     const oxDAEAccessor* accessor = source->GetAccessor();
-    g.sources.push_back({source->id, ArrayTypeOf(source->array),
+    g.sources.push_back({source->id, std::string(ArrayTypeOf(source->array)),
                          source->array ? source->array->count : 0u,
                          accessor ? accessor->stride : 0u});
   }

@@ -7,10 +7,10 @@
 namespace OxDAEReader {
 
 // <animation>
-OX_DAE_IDENTITY_ELEMENT(oxDAEAnimation, oxDAEElement);
+OX_DAE_IDENTITY_ELEMENT(oxDAEAnimation, oxDAEElement, "animation");
 // <animation_clip>
-OX_DAE_IDENTITY_ELEMENT(oxDAEAnimationClip, oxDAEElement);
+OX_DAE_IDENTITY_ELEMENT(oxDAEAnimationClip, oxDAEElement, "animation_clip");
 // <controller>
-OX_DAE_IDENTITY_ELEMENT(oxDAEController, oxDAEElement);
+OX_DAE_IDENTITY_ELEMENT(oxDAEController, oxDAEElement, "controller");
 
 }  // namespace OxDAEReader

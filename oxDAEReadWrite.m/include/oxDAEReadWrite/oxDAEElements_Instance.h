@@ -11,7 +11,7 @@ namespace OxDAEReader {
 // token, given at construction), the "url" text (empty), and the element it
 // resolved to (null until resolved; not owned).
 class oxDAEInstance : public oxDAEBaseElement {
-  OX_DAE_ELEMENT(oxDAEInstance, oxDAEBaseElement)
+  OX_DAE_ELEMENT(oxDAEInstance, oxDAEBaseElement, "instance")
 
  public:
   oxDAEInstance() = default;
@@ -41,6 +41,6 @@ class oxDAEInstance : public oxDAEBaseElement {
 
 // <visual_scene>. Its nodes are not modelled yet: it is kept by identity
 // only and written back empty.
-OX_DAE_IDENTITY_ELEMENT(oxDAEVisualScene, oxDAEElement);
+OX_DAE_IDENTITY_ELEMENT(oxDAEVisualScene, oxDAEElement, "visual_scene");
 
 }  // namespace OxDAEReader

@@ -27,20 +27,21 @@ class oxDAEFile;
 class oxDAEExtraElement;
 
 // Inside a class body: the class record, GetRTTI, DynamicCast,
-// WeakDynamicCast, the tag `s_XMLTag` and the alias `Super` for the base.
-#define OX_DAE_ELEMENT(Class, Base) \
-  OX_DECLARE_RTTI(Class)            \
- public:                            \
-  using Super = Base;               \
-  static const ::OxKernel::oxString s_XMLTag;
+// WeakDynamicCast, the alias `Super` for the base and the COLLADA tag
+// `s_XMLTag` (empty for classes that have no element of their own). The tag
+// is a compile-time constant so that child tables can name it.
+#define OX_DAE_ELEMENT(Class, Base, Tag) \
+  OX_DECLARE_RTTI(Class)                 \
+ public:                                 \
+  using Super = Base;                    \
+  static constexpr std::string_view s_XMLTag = Tag;
 
-// In the class's source file: defines the record (named after the class, with
-// the base's record as parent) and the tag.
-#define OX_DAE_ELEMENT_DEFINE(Class, Tag)                                 \
-  static_assert(std::is_base_of_v<Class::Super, Class>);                  \
-  const ::OxKernel::oxRTTI Class::kRTTI{#Class, 0, &Class::Super::kRTTI}; \
-  const ::OxKernel::oxString Class::s_XMLTag {                            \
-    Tag                                                                   \
+// In the class's source file: defines the record, named after the class, with
+// the base's record as parent.
+#define OX_DAE_ELEMENT_DEFINE(Class)                     \
+  static_assert(std::is_base_of_v<Class::Super, Class>); \
+  const ::OxKernel::oxRTTI Class::kRTTI {                \
+#Class, 0, &Class::Super::kRTTI                      \
   }
 
 // A COLLADA version triple; 0.0.0 by default.
@@ -71,7 +72,7 @@ class oxDAEVersion {
 };
 
 class oxDAEBaseElement : public OxKernel::oxRTTIObject {
-  OX_DAE_ELEMENT(oxDAEBaseElement, OxKernel::oxRTTIObject)
+  OX_DAE_ELEMENT(oxDAEBaseElement, OxKernel::oxRTTIObject, "")
 
  public:
   // The upper-case type and semantic words of COLLADA; the value indexes the
@@ -163,7 +164,7 @@ using EToken = oxDAEBaseElement::EToken;
 // An element with the identity attributes "name", "id" and "sid" (all empty
 // by default) and its <extra> children (not owned; shared by copies).
 class oxDAEElement : public oxDAEBaseElement {
-  OX_DAE_ELEMENT(oxDAEElement, oxDAEBaseElement)
+  OX_DAE_ELEMENT(oxDAEElement, oxDAEBaseElement, "")
 
  public:
   bool HasID() const override { return true; }
@@ -200,12 +201,12 @@ class oxDAEElement : public oxDAEBaseElement {
   // with a name and no id takes the name as id and is registered under it.
   void AdoptNameAsID(oxDAEFile& file);
   // Writes the element as `tag` with its identity attributes and no content.
-  void WriteIdentityOnly(oxDAEFile& file, const oxString& tag);
+  void WriteIdentityOnly(oxDAEFile& file, std::string_view tag);
 };
 
 // An element with a "type" text (empty by default).
 class oxDAETypedElement : public oxDAEElement {
-  OX_DAE_ELEMENT(oxDAETypedElement, oxDAEElement)
+  OX_DAE_ELEMENT(oxDAETypedElement, oxDAEElement, "")
 
  public:
   oxString type;
@@ -214,9 +215,9 @@ class oxDAETypedElement : public oxDAEElement {
 // Declares an element class kept by identity only: name, id and sid are read
 // and registered, the children are stepped over, and the element is written
 // back empty.
-#define OX_DAE_IDENTITY_ELEMENT(Class, Base)                                    \
+#define OX_DAE_IDENTITY_ELEMENT(Class, Base, Tag)                               \
   class Class : public Base {                                                   \
-    OX_DAE_ELEMENT(Class, Base)                                                 \
+    OX_DAE_ELEMENT(Class, Base, Tag)                                            \
    public:                                                                      \
     void Read(oxDAEFile& file) override { oxDAEElement::Read(file); }           \
     void Write(oxDAEFile& file) override { WriteIdentityOnly(file, s_XMLTag); } \

@@ -15,10 +15,10 @@ class oxDAEInstance;
 // asset, the libraries in file order and the scene; asset and scene are null
 // when absent. Versions outside 1.4.0 to 1.4.1 are not read beyond the root.
 class oxDAEColladaElement : public oxDAEBaseElement {
-  OX_DAE_ELEMENT(oxDAEColladaElement, oxDAEBaseElement)
+  OX_DAE_ELEMENT(oxDAEColladaElement, oxDAEBaseElement, "COLLADA")
 
  public:
-  static const oxString s_XMLTagVariant;  // "DAE"
+  static constexpr std::string_view s_XMLTagVariant = "DAE";
   // The namespace written on the root.
   static constexpr std::string_view kNamespace = "http://www.collada.org/2005/11/COLLADASchema";
 
@@ -38,7 +38,7 @@ class oxDAEColladaElement : public oxDAEBaseElement {
 // unit ("meter", 1.0 m), the dates and descriptive texts as read, and the
 // authoring tool classified from its text (NONE, version 0.0.0).
 class oxDAEAssetElement : public oxDAEBaseElement {
-  OX_DAE_ELEMENT(oxDAEAssetElement, oxDAEBaseElement)
+  OX_DAE_ELEMENT(oxDAEAssetElement, oxDAEBaseElement, "asset")
 
  public:
   // The exporter family, recognised from the "authoring_tool" text.
@@ -93,7 +93,7 @@ class oxDAEAssetElement : public oxDAEBaseElement {
 // One <library_*> element; `type` holds its tag. Its children are the
 // elements it holds, in file order (owned by the document).
 class oxDAELibrary : public oxDAETypedElement {
-  OX_DAE_ELEMENT(oxDAELibrary, oxDAETypedElement)
+  OX_DAE_ELEMENT(oxDAELibrary, oxDAETypedElement, "library")
 
  public:
   // The fifteen library tags, in the order the root tests them.
@@ -115,7 +115,7 @@ class oxDAELibrary : public oxDAETypedElement {
 
 // <scene>: the visual scene instance (null when absent).
 class oxDAESceneElement : public oxDAEElement {
-  OX_DAE_ELEMENT(oxDAESceneElement, oxDAEElement)
+  OX_DAE_ELEMENT(oxDAESceneElement, oxDAEElement, "scene")
 
  public:
   void Read(oxDAEFile& file) override;

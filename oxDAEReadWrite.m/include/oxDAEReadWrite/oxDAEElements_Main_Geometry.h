@@ -22,7 +22,7 @@ class oxDAEControlVertices;
 // resolved to when read (a source, or the vertices for "VERTEX"; null when
 // it did not resolve; not owned).
 class oxDAEInputElement : public oxDAEBaseElement {
-  OX_DAE_ELEMENT(oxDAEInputElement, oxDAEBaseElement)
+  OX_DAE_ELEMENT(oxDAEInputElement, oxDAEBaseElement, "input")
 
  public:
   void Read(oxDAEFile& file) override;
@@ -48,7 +48,7 @@ class oxDAEInputElement : public oxDAEBaseElement {
 
 // <vertices>: its inputs in document order.
 class oxDAEVertices : public oxDAEElement {
-  OX_DAE_ELEMENT(oxDAEVertices, oxDAEElement)
+  OX_DAE_ELEMENT(oxDAEVertices, oxDAEElement, "vertices")
 
  public:
   void Read(oxDAEFile& file) override;
@@ -62,7 +62,7 @@ class oxDAEVertices : public oxDAEElement {
 // <geometry>: its mesh or spline (null when absent) and extras. A geometry
 // without an id takes its name as id. Only the mesh is written.
 class oxDAEGeometry : public oxDAEElement {
-  OX_DAE_ELEMENT(oxDAEGeometry, oxDAEElement)
+  OX_DAE_ELEMENT(oxDAEGeometry, oxDAEElement, "geometry")
 
  public:
   void Read(oxDAEFile& file) override;
@@ -75,7 +75,7 @@ class oxDAEGeometry : public oxDAEElement {
 // <mesh>: sources, vertices (null; a later one replaces an earlier one) and
 // primitives, each in document order.
 class oxDAEMesh : public oxDAEElement {
-  OX_DAE_ELEMENT(oxDAEMesh, oxDAEElement)
+  OX_DAE_ELEMENT(oxDAEMesh, oxDAEElement, "mesh")
 
  public:
   void Read(oxDAEFile& file) override;
@@ -91,7 +91,7 @@ class oxDAEMesh : public oxDAEElement {
 // "count" (0), "material" (empty) and the element whose id it names (null;
 // not owned), its inputs, one index list per <p> and the <vcount> list.
 class oxDAEMeshPrimitive : public oxDAEBaseElement {
-  OX_DAE_ELEMENT(oxDAEMeshPrimitive, oxDAEBaseElement)
+  OX_DAE_ELEMENT(oxDAEMeshPrimitive, oxDAEBaseElement, "")
 
  public:
   enum class EType : int32_t {
@@ -135,7 +135,7 @@ class oxDAEMeshPrimitive : public oxDAEBaseElement {
 // <spline>: "closed" (false), its sources and control vertices (null). Read,
 // not written.
 class oxDAESpline : public oxDAEBaseElement {
-  OX_DAE_ELEMENT(oxDAESpline, oxDAEBaseElement)
+  OX_DAE_ELEMENT(oxDAESpline, oxDAEBaseElement, "spline")
 
  public:
   void Read(oxDAEFile& file) override;
@@ -147,7 +147,7 @@ class oxDAESpline : public oxDAEBaseElement {
 
 // <control_vertices>: its inputs. Read, not written.
 class oxDAEControlVertices : public oxDAEBaseElement {
-  OX_DAE_ELEMENT(oxDAEControlVertices, oxDAEBaseElement)
+  OX_DAE_ELEMENT(oxDAEControlVertices, oxDAEBaseElement, "control_vertices")
 
  public:
   void Read(oxDAEFile& file) override;

@@ -7,8 +7,8 @@
 namespace OxDAEReader {
 
 // <light>
-OX_DAE_IDENTITY_ELEMENT(oxDAELight, oxDAEElement);
+OX_DAE_IDENTITY_ELEMENT(oxDAELight, oxDAEElement, "light");
 // <camera>
-OX_DAE_IDENTITY_ELEMENT(oxDAECamera, oxDAEElement);
+OX_DAE_IDENTITY_ELEMENT(oxDAECamera, oxDAEElement, "camera");
 
 }  // namespace OxDAEReader

@@ -8,10 +8,10 @@ namespace OxDAEReader {
 
 // Base of the elements that form the node hierarchy.
 class oxDAEHierarchyElement : public oxDAEElement {
-  OX_DAE_ELEMENT(oxDAEHierarchyElement, oxDAEElement)
+  OX_DAE_ELEMENT(oxDAEHierarchyElement, oxDAEElement, "")
 };
 
 // <node>
-OX_DAE_IDENTITY_ELEMENT(oxDAENode, oxDAEHierarchyElement);
+OX_DAE_IDENTITY_ELEMENT(oxDAENode, oxDAEHierarchyElement, "node");
 
 }  // namespace OxDAEReader

@@ -7,12 +7,12 @@
 namespace OxDAEReader {
 
 // <force_field>
-OX_DAE_IDENTITY_ELEMENT(oxDAEForceField, oxDAEElement);
+OX_DAE_IDENTITY_ELEMENT(oxDAEForceField, oxDAEElement, "force_field");
 // <physics_material>
-OX_DAE_IDENTITY_ELEMENT(oxDAEPhysicsMaterial, oxDAEElement);
+OX_DAE_IDENTITY_ELEMENT(oxDAEPhysicsMaterial, oxDAEElement, "physics_material");
 // <physics_model>
-OX_DAE_IDENTITY_ELEMENT(oxDAEPhysicsModel, oxDAEElement);
+OX_DAE_IDENTITY_ELEMENT(oxDAEPhysicsModel, oxDAEElement, "physics_model");
 // <physics_scene>
-OX_DAE_IDENTITY_ELEMENT(oxDAEPhysicsScene, oxDAEElement);
+OX_DAE_IDENTITY_ELEMENT(oxDAEPhysicsScene, oxDAEElement, "physics_scene");
 
 }  // namespace OxDAEReader

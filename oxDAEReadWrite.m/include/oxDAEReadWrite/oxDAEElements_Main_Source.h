@@ -26,7 +26,7 @@ class oxDAETechnique;
 // `floats` for FLOAT, `strings` for NAME and TOKEN. Boolean values are not
 // kept: a bool array keeps only its count.
 class oxDAEArray : public oxDAEElement {
-  OX_DAE_ELEMENT(oxDAEArray, oxDAEElement)
+  OX_DAE_ELEMENT(oxDAEArray, oxDAEElement, "array")
 
  public:
   enum class EValueType : int32_t { BOOL = 0, INT = 1, FLOAT = 2, NAME = 3, TOKEN = 4, UNSET = 5 };
@@ -69,12 +69,12 @@ class oxDAEArray : public oxDAEElement {
   void ReadTyped(oxDAEFile& file, EValueType valueType);
   // Writes `tag` with the identity attributes, "count" and the values held
   // (none for a bool array).
-  void WriteTyped(oxDAEFile& file, const oxString& tag);
+  void WriteTyped(oxDAEFile& file, std::string_view tag);
 };
 
 // <float_array>: writes "count" as the number of floats held.
 class oxDAEFloatArray : public oxDAEArray {
-  OX_DAE_ELEMENT(oxDAEFloatArray, oxDAEArray)
+  OX_DAE_ELEMENT(oxDAEFloatArray, oxDAEArray, "float_array")
 
  public:
   oxDAEFloatArray() { type = EValueType::FLOAT; }
@@ -84,7 +84,7 @@ class oxDAEFloatArray : public oxDAEArray {
 
 // <int_array>
 class oxDAEIntArray : public oxDAEArray {
-  OX_DAE_ELEMENT(oxDAEIntArray, oxDAEArray)
+  OX_DAE_ELEMENT(oxDAEIntArray, oxDAEArray, "int_array")
 
  public:
   oxDAEIntArray() { type = EValueType::INT; }
@@ -94,7 +94,7 @@ class oxDAEIntArray : public oxDAEArray {
 
 // <bool_array>: keeps the count only and is written without values.
 class oxDAEBoolArray : public oxDAEArray {
-  OX_DAE_ELEMENT(oxDAEBoolArray, oxDAEArray)
+  OX_DAE_ELEMENT(oxDAEBoolArray, oxDAEArray, "bool_array")
 
  public:
   oxDAEBoolArray() { type = EValueType::BOOL; }
@@ -104,7 +104,7 @@ class oxDAEBoolArray : public oxDAEArray {
 
 // <Name_array>, also made for <IDREF_array> (and written as Name_array).
 class oxDAENameArray : public oxDAEArray {
-  OX_DAE_ELEMENT(oxDAENameArray, oxDAEArray)
+  OX_DAE_ELEMENT(oxDAENameArray, oxDAEArray, "Name_array")
 
  public:
   oxDAENameArray() { type = EValueType::NAME; }
@@ -117,7 +117,7 @@ class oxDAENameArray : public oxDAEArray {
 // "offset", "stride" (all 0 by default), the array "source" resolved to
 // (null when it does not resolve to an array) and the <param> children.
 class oxDAEAccessor : public oxDAEBaseElement {
-  OX_DAE_ELEMENT(oxDAEAccessor, oxDAEBaseElement)
+  OX_DAE_ELEMENT(oxDAEAccessor, oxDAEBaseElement, "accessor")
 
  public:
   void Read(oxDAEFile& file) override;
@@ -151,7 +151,7 @@ class oxDAEAccessor : public oxDAEBaseElement {
 // profile techniques (read, not written). A source without an id takes its
 // name as id.
 class oxDAESource : public oxDAEElement {
-  OX_DAE_ELEMENT(oxDAESource, oxDAEElement)
+  OX_DAE_ELEMENT(oxDAESource, oxDAEElement, "source")
 
  public:
   void Read(oxDAEFile& file) override;
@@ -167,7 +167,7 @@ class oxDAESource : public oxDAEElement {
 // <technique_common> of a source: its asset (read, not written) and accessor,
 // both null by default.
 class oxDAESourceTechniqueCommon : public oxDAEBaseElement {
-  OX_DAE_ELEMENT(oxDAESourceTechniqueCommon, oxDAEBaseElement)
+  OX_DAE_ELEMENT(oxDAESourceTechniqueCommon, oxDAEBaseElement, "technique_common")
 
  public:
   void Read(oxDAEFile& file) override;
@@ -183,10 +183,10 @@ class oxDAESourceTechniqueCommon : public oxDAEBaseElement {
 // and matrix types a zero-filled buffer of components values of the base
 // type. dataSize is the buffer's byte size, -1 when the element had no text.
 class oxDAEParameter : public oxDAETypedElement {
-  OX_DAE_ELEMENT(oxDAEParameter, oxDAETypedElement)
+  OX_DAE_ELEMENT(oxDAEParameter, oxDAETypedElement, "param")
 
  public:
-  static const oxString s_XMLTagVariant;  // "parameter"
+  static constexpr std::string_view s_XMLTagVariant = "parameter";
 
   enum class EType : int32_t {
     Unknown,

@@ -7,8 +7,8 @@
 namespace OxDAEReader {
 
 // <material>
-OX_DAE_IDENTITY_ELEMENT(oxDAEMaterial, oxDAEElement);
+OX_DAE_IDENTITY_ELEMENT(oxDAEMaterial, oxDAEElement, "material");
 // <effect>
-OX_DAE_IDENTITY_ELEMENT(oxDAEEffect, oxDAEElement);
+OX_DAE_IDENTITY_ELEMENT(oxDAEEffect, oxDAEElement, "effect");
 
 }  // namespace OxDAEReader

@@ -7,7 +7,7 @@
 namespace OxDAEReader {
 
 class oxDAEFxRenderState : public oxDAEBaseElement {
-  OX_DAE_ELEMENT(oxDAEFxRenderState, oxDAEBaseElement)
+  OX_DAE_ELEMENT(oxDAEFxRenderState, oxDAEBaseElement, "")
 
  public:
   // Builds the registry once; a second call does nothing.

@@ -15,7 +15,7 @@ class oxDAETechnique;
 // <extra>: its "type" text (empty) and its techniques in document order
 // (owned by the document).
 class oxDAEExtraElement : public oxDAEElement {
-  OX_DAE_ELEMENT(oxDAEExtraElement, oxDAEElement)
+  OX_DAE_ELEMENT(oxDAEExtraElement, oxDAEElement, "extra")
 
  public:
   // The generic reader: identity attributes and "type", then every
@@ -34,7 +34,7 @@ class oxDAEExtraElement : public oxDAEElement {
 // <technique profile="...">: its parameters and asset (owned by the document;
 // asset null when absent) and its profile text (empty).
 class oxDAETechnique : public oxDAEBaseElement {
-  OX_DAE_ELEMENT(oxDAETechnique, oxDAEBaseElement)
+  OX_DAE_ELEMENT(oxDAETechnique, oxDAEBaseElement, "technique")
 
  public:
   // Reads the profile, then the parameters and asset; other children are
@@ -89,7 +89,7 @@ class oxDAEAttributes {
 // container): every child element is one attribute named by its tag, typed
 // by its "type" attribute and valued by its text.
 class oxDAECustomAttributes : public oxDAETechnique {
-  OX_DAE_ELEMENT(oxDAECustomAttributes, oxDAETechnique)
+  OX_DAE_ELEMENT(oxDAECustomAttributes, oxDAETechnique, "Custom_Attributes")
 
  public:
   // Translates the type names "int", "float2", "float3", "float4" and

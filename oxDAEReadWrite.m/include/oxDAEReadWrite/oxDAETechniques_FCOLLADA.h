@@ -8,9 +8,9 @@
 
 namespace OxDAEReader {
 
-#define OX_DAE_TOOL_TECHNIQUE(Class)      \
-  class Class : public oxDAETechnique {   \
-    OX_DAE_ELEMENT(Class, oxDAETechnique) \
+#define OX_DAE_TOOL_TECHNIQUE(Class)                   \
+  class Class : public oxDAETechnique {                \
+    OX_DAE_ELEMENT(Class, oxDAETechnique, "technique") \
   }
 
 // Maya dynamic attributes.
