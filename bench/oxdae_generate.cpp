@@ -1,57 +1,72 @@
-// oxdae_generate: writes a deterministic COLLADA 1.4.1 document of a given
-// size for the benchmarks.
+// oxdae_generate: writes a deterministic COLLADA 1.4.1 document for the
+// benchmarks: meshes of a given size, or with --scene the animated scene
+// graph of the scene benchmark.
 //
 //   oxdae_generate [--megabytes N] [--seed N] OUT.dae
+//   oxdae_generate --scene [--nodes N] [--channels N] [--keys N] [--seed N] OUT.dae
 //
 // N megabytes are N * 10^6 bytes (fractions allowed; default 50). The same
-// seed and size always give the same bytes.
-#include <charconv>
+// options always give the same bytes.
 #include <cstdio>
 #include <string>
 #include <string_view>
 
+#include "oxdae_bench_report.h"
 #include "oxdae_document_generator.h"
+#include "oxdae_scene_generator.h"
 
 namespace {
 
+using oxdae_bench::ParseNumber;
+
 constexpr const char* kUsage =
     "usage: oxdae_generate [--megabytes N] [--seed N] OUT.dae\n"
+    "       oxdae_generate --scene [--nodes N] [--channels N] [--keys N] [--seed N] OUT.dae\n"
     "  --megabytes N  document size in units of 10^6 bytes (default 50)\n"
-    "  --seed N       seed of the generator (default 1)\n";
+    "  --seed N       seed of the generator (default 1)\n"
+    "  --scene        the scene benchmark's scene graph instead of meshes\n"
+    "  --nodes N      nodes of the scene (default 100000)\n"
+    "  --channels N   animation channels of the scene (default 1000)\n"
+    "  --keys N       keys of each channel (default 1000)\n";
 
 int Usage() {
   std::fputs(kUsage, stderr);
   return 2;
 }
 
-template <class T>
-bool ParseNumber(std::string_view text, T& value) {
-  const char* end = text.data() + text.size();
-  const auto r = std::from_chars(text.data(), end, value);
-  return r.ec == std::errc() && r.ptr == end;
-}
-
 struct Arguments {
   oxdae_bench::DocumentOptions options;
+  oxdae_bench::SceneOptions scene;
+  bool isScene = false;
   std::string output;
 };
+
+// A flag with a value; false for another flag or a bad value.
+bool ParseOption(std::string_view arg, std::string_view value, Arguments& args, double& megabytes) {
+  if (arg == "--megabytes") return ParseNumber(value, megabytes) && megabytes > 0.0;
+  if (arg == "--seed") return ParseNumber(value, args.options.seed);
+  if (arg == "--nodes") return ParseNumber(value, args.scene.nodes);
+  if (arg == "--channels") return ParseNumber(value, args.scene.channels);
+  if (arg == "--keys") return ParseNumber(value, args.scene.keys);
+  return false;
+}
 
 bool ParseArguments(int argc, char** argv, Arguments& args) {
   double megabytes = 50.0;
   for (int i = 1; i < argc; ++i) {
     const std::string_view arg = argv[i];
-    const bool hasValue = i + 1 < argc;
-    if (arg == "--megabytes" && hasValue) {
-      if (!ParseNumber(argv[++i], megabytes) || megabytes <= 0.0) return false;
-    } else if (arg == "--seed" && hasValue) {
-      if (!ParseNumber(argv[++i], args.options.seed)) return false;
-    } else if (args.output.empty() && !arg.starts_with("-")) {
+    if (arg == "--scene") {
+      args.isScene = true;
+    } else if (arg.starts_with("-")) {
+      if (i + 1 >= argc || !ParseOption(arg, argv[++i], args, megabytes)) return false;
+    } else if (args.output.empty()) {
       args.output = std::string(arg);
     } else {
       return false;
     }
   }
   args.options.bytes = static_cast<uint64_t>(megabytes * 1e6);
+  args.scene.seed = args.options.seed;
   return !args.output.empty();
 }
 
@@ -60,7 +75,8 @@ bool ParseArguments(int argc, char** argv, Arguments& args) {
 int main(int argc, char** argv) {
   Arguments args;
   if (!ParseArguments(argc, argv, args)) return Usage();
-  const uint64_t written = oxdae_bench::WriteDocumentFile(args.options, args.output);
+  const uint64_t written = args.isScene ? oxdae_bench::WriteSceneFile(args.scene, args.output).bytes
+                                        : oxdae_bench::WriteDocumentFile(args.options, args.output);
   if (written == 0) {
     std::fprintf(stderr, "oxdae_generate: cannot write '%s'\n", args.output.c_str());
     return 1;

@@ -11,27 +11,35 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <charconv>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <vector>
 
 #include <oxDAEReadWrite/oxDAEReadWrite.h>
-#include <oxKernel/oxLog.h>
 
+#include "oxdae_bench_module.h"
+#include "oxdae_bench_report.h"
 #include "oxdae_document_generator.h"
 #include "oxdae_floor.h"
 
 namespace {
 
 using namespace OxDAEReader;
-using Clock = std::chrono::steady_clock;
+using oxdae_bench::Format;
+using oxdae_bench::Grouped;
+using oxdae_bench::LogCounter;
+using oxdae_bench::ModuleUse;
+using oxdae_bench::ParseNumber;
+using oxdae_bench::PrintMachineLoad;
+using oxdae_bench::SecondsSince;
+using oxdae_bench::Stopwatch;
+using oxdae_bench::Timing;
+using oxdae_bench::Verdict;
+using Clock = oxdae_bench::Clock;
 
 constexpr const char* kUsage =
     "usage: oxdae_load_bench [--file PATH | --megabytes N [--seed N]] [--runs N]\n"
@@ -46,10 +54,6 @@ constexpr double kMemoryTarget = 3.0;  // peak memory / file size
 constexpr double kSaveTarget = 200.0;  // MB/s
 constexpr double kMegabyte = 1e6;
 
-double SecondsSince(Clock::time_point start) {
-  return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
 // --- Arguments -------------------------------------------------------------------
 
 struct Options {
@@ -57,13 +61,6 @@ struct Options {
   oxdae_bench::DocumentOptions document;
   int runs = 5;
 };
-
-template <class T>
-bool ParseNumber(std::string_view text, T& value) {
-  const char* end = text.data() + text.size();
-  const auto r = std::from_chars(text.data(), end, value);
-  return r.ec == std::errc() && r.ptr == end;
-}
 
 bool ParseArguments(int argc, char** argv, Options& options) {
   double megabytes = 50.0;
@@ -86,28 +83,6 @@ bool ParseArguments(int argc, char** argv, Options& options) {
   options.document.bytes = static_cast<uint64_t>(megabytes * kMegabyte);
   return true;
 }
-
-// --- Log records -------------------------------------------------------------------
-
-// Counts the module's log records and keeps the first one, without printing.
-struct LogCounter {
-  uint64_t errors = 0;
-  uint64_t warnings = 0;
-  std::string first;
-  OxKernel::oxScopedLogSink sink{[this](const OxKernel::oxLogRecord& record) {
-    if (record.level == OxKernel::kLogError) ++errors;
-    if (record.level == OxKernel::kLogWarning) ++warnings;
-    if (first.empty()) first = std::string(record.text);
-  }};
-};
-
-// Starts the module for the lifetime of the object.
-struct ModuleUse {
-  ModuleUse() { oxDAEReadWriteModule::Init(0); }
-  ~ModuleUse() { oxDAEReadWriteModule::Uninit(0); }
-  ModuleUse(const ModuleUse&) = delete;
-  ModuleUse& operator=(const ModuleUse&) = delete;
-};
 
 // --- Peak memory -------------------------------------------------------------------
 
@@ -226,40 +201,6 @@ Peak MeasurePeak(const char* step, const std::string& input, const std::string& 
 
 // --- Timing ------------------------------------------------------------------------
 
-// Wall-clock and processor times of the runs of one step. On a busy machine
-// the processor time shows the work apart from the waiting.
-struct Timing {
-  std::vector<double> seconds;
-  std::vector<double> cpuSeconds;
-
-  double Best() const { return Lowest(seconds); }
-  double BestCpu() const { return Lowest(cpuSeconds); }
-  double Median() const {
-    std::vector<double> sorted = seconds;
-    std::sort(sorted.begin(), sorted.end());
-    const size_t n = sorted.size();
-    return n % 2 ? sorted[n / 2] : (sorted[n / 2 - 1] + sorted[n / 2]) / 2;
-  }
-
- private:
-  static double Lowest(const std::vector<double>& v) {
-    return *std::min_element(v.begin(), v.end());
-  }
-};
-
-// Measures one run of a step.
-class Stopwatch {
- public:
-  void Stop(Timing& t) const {
-    t.seconds.push_back(SecondsSince(m_wall));
-    t.cpuSeconds.push_back(oxdae_bench::ProcessCpuSeconds() - m_cpu);
-  }
-
- private:
-  Clock::time_point m_wall = Clock::now();
-  double m_cpu = oxdae_bench::ProcessCpuSeconds();
-};
-
 struct FloorTimings {
   Timing total, read, parse, convert, release;
   oxdae_bench::FloorResult last;
@@ -361,21 +302,6 @@ bool TimeSaveToString(oxDAEFile& document, int runs, Timing& t, uint64_t& bytes)
 
 // --- Report ------------------------------------------------------------------------
 
-// 12345678 as "12,345,678".
-std::string Grouped(uint64_t value) {
-  const std::string digits = std::to_string(value);
-  std::string grouped;
-  for (size_t i = 0; i < digits.size(); ++i) {
-    if (i > 0 && (digits.size() - i) % 3 == 0) grouped += ',';
-    grouped += digits[i];
-  }
-  return grouped;
-}
-
-const char* Verdict(bool met) {
-  return met ? "met" : "NOT MET";
-}
-
 void PrintHeader() {
   std::printf("\n  %-38s %8s %8s %8s %9s %9s\n", "step", "best ms", "med ms", "cpu ms", "best MB/s",
               "med MB/s");
@@ -446,13 +372,6 @@ void PrintTarget(const char* name, const std::string& measured, const std::strin
   std::printf("  %-17s %-44s %-18s %s\n", name, measured.c_str(), target.c_str(), Verdict(met));
 }
 
-template <class... Args>
-std::string Format(const char* format, Args... args) {
-  char text[128];
-  std::snprintf(text, sizeof text, format, args...);
-  return text;
-}
-
 void PrintTargets(const Results& r) {
   const double best = r.load.Best() / r.floor.total.Best();
   const double median = r.load.Median() / r.floor.total.Median();
@@ -492,17 +411,6 @@ struct TempFiles {
   TempFiles(const TempFiles&) = delete;
   TempFiles& operator=(const TempFiles&) = delete;
 };
-
-// The one-minute load average against the processor count: timings of a
-// busy machine are slower and noisier.
-void PrintMachineLoad() {
-  std::ifstream loadavg("/proc/loadavg");
-  double load = 0.0;
-  if (loadavg >> load) {
-    std::printf("  machine   load average %.2f on %u processors\n", load,
-                std::thread::hardware_concurrency());
-  }
-}
 
 bool PrepareInput(const Options& options, const TempFiles& temp, std::string& input) {
   if (!options.file.empty()) {

@@ -1,8 +1,10 @@
 // Real documents written by real exporters, listed in the shared corpus's
 // MANIFEST.tsv. Runs only when the corpus folder exists. For every COLLADA
 // 1.4.x file: it loads, its saved form is well-formed XML that loads again,
-// and saving converges (the third save equals the second byte for byte).
-// Other versions load as an empty root with one version error.
+// saving converges (the third save equals the second byte for byte), and
+// every animation channel that binds when the file is read binds again
+// after a resave. Other versions load as an empty root with one version
+// error.
 #include <sys/wait.h>
 
 #include <cstdio>
@@ -105,6 +107,42 @@ TEST_P(Corpus, LoadsSavesAndConverges) {
   ASSERT_EQ(rc, 0);
   EXPECT_TRUE(save3 == save2) << file.path << ": saving does not reach a fixed point";
   RecordProperty("fixed_at_first_save", save1 == save2 ? "yes" : "no");
+}
+
+struct ChannelCount {
+  size_t bound = 0;
+  size_t total = 0;
+  bool operator==(const ChannelCount&) const = default;
+};
+
+ChannelCount CountChannels(const oxDAEFile& document) {
+  ChannelCount count;
+  for (const auto& element : document.GetElements()) {
+    const oxDAEChannel* channel = oxDAEChannel::DynamicCast(element.get());
+    if (!channel) continue;
+    ++count.total;
+    if (channel->sampler && channel->target) ++count.bound;
+  }
+  return count;
+}
+
+TEST_P(Corpus, ChannelsBindAgainAfterResave) {
+  if (!GetParam().version.starts_with("1.4.")) GTEST_SKIP() << "not read beyond the root";
+  oxtest::LogCapture log;
+  oxDAEFile document;
+  const int rc = document.Load(OxKernel::oxURI(Path()));
+  if (rc == OxKernel::kXMLNotWellFormed && IsBroken(GetParam()))
+    GTEST_SKIP() << "damaged on purpose: not well-formed XML";
+  ASSERT_EQ(rc, 0);
+  const ChannelCount read = CountChannels(document);
+  OxKernel::oxString xml;
+  ASSERT_EQ(document.SaveToString(xml), 0);
+  oxtest::TempFile saved(xml);
+  oxDAEFile reloaded;
+  ASSERT_EQ(reloaded.Load(saved.URI()), 0);
+  EXPECT_EQ(CountChannels(reloaded), read) << GetParam().path;
+  RecordProperty("channels_bound", static_cast<int>(read.bound));
+  RecordProperty("channels_total", static_cast<int>(read.total));
 }
 
 // Runs `oxdae info FILE`: exit 0, or 1 with one "oxdae: " line saying why.

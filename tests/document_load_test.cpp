@@ -300,14 +300,17 @@ TEST_F(DocumentLoad, AddElementToUpdateQueuesInOrder) {
 }
 
 TEST_F(DocumentLoad, FirstAnimationTargetRegisteredUnderAPathKeepsIt) {
-  alignas(16) unsigned char storage[2][16] = {};
-  // Distinct addresses standing for two targets; never dereferenced.
-  auto* first = reinterpret_cast<oxDAEChannelTarget*>(storage[0]);
-  auto* second = reinterpret_cast<oxDAEChannelTarget*>(storage[1]);
-  document.RegisterAnimationTarget("node/translate", first);
-  document.RegisterAnimationTarget("node/translate", second);
-  EXPECT_EQ(document.ResolveAnimationTargetPath("node/translate"), first);
-  document.UnregisterAnimationTarget("node/translate");
+  oxDAEElement node;
+  node.id = "node";
+  oxDAEChannelTargetFloat first, second;
+  for (oxDAEChannelTargetFloat* target : {&first, &second}) {
+    target->SetContainerParent(&node);
+    target->SetQualifier("translate");
+  }
+  document.RegisterAnimationTarget(&first);
+  document.RegisterAnimationTarget(&second);
+  EXPECT_EQ(document.ResolveAnimationTargetPath("node/translate"), &first);
+  document.UnregisterAnimationTarget(&first);
   EXPECT_EQ(document.ResolveAnimationTargetPath("node/translate"), nullptr);
 }
 
@@ -336,20 +339,28 @@ TEST_XML(
 TEST_XML(
     DocumentLoad, ClearKeepsTheUpdateListAndTheAnimationTargets,
     R"(<COLLADA version="1.4.1"><scene><instance_visual_scene url="#vs"/></scene></COLLADA>)") {
-  alignas(16) unsigned char storage[16] = {};
-  auto* target = reinterpret_cast<oxDAEChannelTarget*>(storage);
-  document.RegisterAnimationTarget("lib/s", target);
+  oxDAEElement lib;
+  lib.id = "lib";
+  oxDAEChannelTargetFloat target;
+  target.SetContainerParent(&lib);
+  target.SetQualifier("s");
+  document.RegisterAnimationTarget(&target);
   ASSERT_EQ(document.GetElementsToUpdate().size(), 1u);
   document.Clear();
   EXPECT_EQ(document.GetElementsToUpdate().size(), 1u);
-  EXPECT_EQ(document.ResolveAnimationTargetPath("lib/s"), target);
+  EXPECT_EQ(document.ResolveAnimationTargetPath("lib/s"), &target);
 }
 
 TEST_XML(
     DocumentLoad, ReloadStartsWithEmptyPathsUpdatesAndTargets,
     R"(<COLLADA version="1.4.1"><library_nodes id="lib"><node sid="s"/></library_nodes><scene><instance_visual_scene url="#vs"/></scene></COLLADA>)") {
-  alignas(16) unsigned char storage[16] = {};
-  document.RegisterAnimationTarget("lib/s", reinterpret_cast<oxDAEChannelTarget*>(storage));
+  oxDAEElement lib;
+  lib.id = "lib";
+  oxDAEChannelTargetFloat target;
+  target.SetContainerParent(&lib);
+  target.SetQualifier("s");
+  document.RegisterAnimationTarget(&target);
+  ASSERT_EQ(document.ResolveAnimationTargetPath("lib/s"), &target);
   ASSERT_EQ(LoadText(Collada(R"(<library_lights id="other"/>)")), 0);
   EXPECT_EQ(document.ResolvePath("lib/s"), nullptr);
   EXPECT_EQ(document.ResolveURI("#lib"), nullptr);

@@ -228,22 +228,22 @@ TEST_F(ElementModel, ComputeURLIsHashAndId) {
   EXPECT_EQ(oxDAEElement().ComputeURL(document), "#");
 }
 
-TEST_XML(
-    ElementModel, ReadTakesNameIdAndSidAndRegistersIdAndPath,
-    Collada(R"(<library_nodes id="lib" name="Nodes"><node name="N" sid="s"/></library_nodes>)")) {
+TEST_XML(ElementModel, ReadTakesNameIdAndSidAndRegistersIdAndPath,
+         Collada(R"(<library_visual_scenes id="lib" name="Scenes"><visual_scene name="N" sid="s"/>
+               </library_visual_scenes>)")) {
   ASSERT_EQ(rc, 0);
   EXPECT_EQ(log.entries, std::vector<oxtest::LogEntry>{});
   auto* library = Find<oxDAELibrary>("#lib");
   ASSERT_NE(library, nullptr);
-  EXPECT_EQ(library->name, "Nodes");
+  EXPECT_EQ(library->name, "Scenes");
   EXPECT_EQ(library->sid, "");
   ASSERT_EQ(library->children.size(), 1u);
-  oxDAEElement* node = library->children[0];
-  EXPECT_EQ(node->name, "N");
-  EXPECT_EQ(node->id, "");
-  EXPECT_EQ(node->sid, "s");
-  EXPECT_EQ(node->parent, library);
-  EXPECT_EQ(document.ResolvePath("lib/s"), node);
+  oxDAEElement* scene = library->children[0];
+  EXPECT_EQ(scene->name, "N");
+  EXPECT_EQ(scene->id, "");
+  EXPECT_EQ(scene->sid, "s");
+  EXPECT_EQ(scene->parent, library);
+  EXPECT_EQ(document.ResolvePath("lib/s"), scene);
 }
 
 // --- Extras ---------------------------------------------------------------------------

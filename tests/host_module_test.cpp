@@ -364,14 +364,14 @@ TEST(HostMath, IdentityIsTheDefaultMatrix) {
   EXPECT_EQ(oxMatrix44(), identity);
 }
 
-TEST(HostMath, MultiplyABAppliesAFirst) {
+TEST(HostMath, MultiplyABAppliesBFirst) {
   const oxMatrix44 a = Matrix({1, 2, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
   const oxMatrix44 b = Matrix({1, 0, 0, 0, 3, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
   oxMatrix44 ab, ba;
   ab.MultiplyAB(a, b);
   ba.MultiplyAB(b, a);
-  EXPECT_EQ(ab, Matrix({7, 2, 0, 0, 3, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}));
-  EXPECT_EQ(ba, Matrix({1, 2, 0, 0, 3, 7, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}));
+  EXPECT_EQ(ab, Matrix({1, 2, 0, 0, 3, 7, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}));
+  EXPECT_EQ(ba, Matrix({7, 2, 0, 0, 3, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}));
   oxMatrix44 both = Matrix({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16});
   oxMatrix44 square;
   square.MultiplyAB(both, both);
@@ -421,8 +421,8 @@ TEST(HostMath, TransformsComposeWithMultiplyAB) {
   translate.Create(oxQuat(), {1, 2, 3}, {1, 1, 1});
   scale.Create(oxQuat(), {0, 0, 0}, {2, 2, 2});
   oxMatrix44 translateThenScale, scaleThenTranslate;
-  translateThenScale.MultiplyAB(translate, scale);
-  scaleThenTranslate.MultiplyAB(scale, translate);
+  translateThenScale.MultiplyAB(scale, translate);
+  scaleThenTranslate.MultiplyAB(translate, scale);
   EXPECT_EQ(translateThenScale, Matrix({2, 0, 0, 0, 0, 2, 0, 0, 0, 0, 2, 0, 2, 4, 6, 1}));
   EXPECT_EQ(scaleThenTranslate, Matrix({2, 0, 0, 0, 0, 2, 0, 0, 0, 0, 2, 0, 1, 2, 3, 1}));
 }

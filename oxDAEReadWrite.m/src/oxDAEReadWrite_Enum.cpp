@@ -1,6 +1,5 @@
 #include "oxDAEReadWrite/oxDAEReadWrite_Enum.h"
 
-#include <array>
 #include <memory>
 #include <string_view>
 
@@ -10,131 +9,160 @@ namespace OxDAEReader {
 
 namespace {
 
-struct WordValue {
+// Which way a row of a word table converts. Most rows read and write (kBoth);
+// a kRead row only reads and a kWrite row only writes: together they record
+// where this module's reading and writing deliberately differ.
+enum class EDirection : uint8_t { Both, ReadOnly, WriteOnly };
+constexpr EDirection kBoth = EDirection::Both;
+constexpr EDirection kRead = EDirection::ReadOnly;
+constexpr EDirection kWrite = EDirection::WriteOnly;
+
+struct EnumWord {
   std::string_view word;
   int32_t value;
+  EDirection dir;
 };
 
-// Words by value. Where reading and writing agree, one list serves both.
-constexpr std::string_view kSamplerWrapWords[] = {"NONE", "WRAP", "MIRROR", "CLAMP", "BORDER"};
-constexpr std::string_view kSamplerFilterWords[] = {"NONE",
-                                                    "NEAREST",
-                                                    "LINEAR",
-                                                    "NEAREST_MIPMAP_NEAREST",
-                                                    "LINEAR_MIPMAP_NEAREST",
-                                                    "NEAREST_MIPMAP_LINEAR",
-                                                    "LINEAR_MIPMAP_LINEAR"};
-// "enum" is read but has no word for writing.
-constexpr std::string_view kBasicTypeWords[] = {
-    "bool",      "bool2",     "bool3",       "bool4",       "int",          "int2",
-    "int3",      "int4",      "float",       "float2",      "float3",       "float4",
-    "float1x1",  "float1x2",  "float1x3",    "float1x4",    "float2x1",     "float2x2",
-    "float2x3",  "float2x4",  "float3x1",    "float3x2",    "float3x3",     "float3x4",
-    "float4x1",  "float4x2",  "float4x3",    "float4x4",    "surface",      "sampler1D",
-    "sampler2D", "sampler3D", "samplerCUBE", "samplerRECT", "samplerDEPTH", "string"};
-// Written words; reading crosses samplerCUBE/samplerRECT back and folds fixed1.
-constexpr std::string_view kCgParamTypeWords[] = {
-    "bool",     "bool1",     "bool2",     "bool3",     "bool4",       "bool1x1",     "bool1x2",
-    "bool1x3",  "bool1x4",   "bool2x1",   "bool2x2",   "bool2x3",     "bool2x4",     "bool3x1",
-    "bool3x2",  "bool3x3",   "bool3x4",   "bool4x1",   "bool4x2",     "bool4x3",     "bool4x4",
-    "float",    "float1",    "float2",    "float3",    "float4",      "float1x1",    "float1x2",
-    "float1x3", "float1x4",  "float2x1",  "float2x2",  "float2x3",    "float2x4",    "float3x1",
-    "float3x2", "float3x3",  "float3x4",  "float4x1",  "float4x2",    "float4x3",    "float4x4",
-    "int",      "int1",      "int2",      "int3",      "int4",        "int1x1",      "int1x2",
-    "int1x3",   "int1x4",    "int2x1",    "int2x2",    "int2x3",      "int2x4",      "int3x1",
-    "int3x2",   "int3x3",    "int3x4",    "int4x1",    "int4x2",      "int4x3",      "int4x4",
-    "half",     "half1",     "half2",     "half3",     "half4",       "half1x1",     "half1x2",
-    "half1x3",  "half1x4",   "half2x1",   "half2x2",   "half2x3",     "half2x4",     "half3x1",
-    "half3x2",  "half3x3",   "half3x4",   "half4x1",   "half4x2",     "half4x3",     "half4x4",
-    "fixed",    "fixed1",    "fixed2",    "fixed3",    "fixed4",      "fixed1x1",    "fixed1x2",
-    "fixed1x3", "fixed1x4",  "fixed2x1",  "fixed2x2",  "fixed2x3",    "fixed2x4",    "fixed3x1",
-    "fixed3x2", "fixed3x3",  "fixed3x4",  "fixed4x1",  "fixed4x2",    "fixed4x3",    "fixed4x4",
-    "surface",  "sampler1D", "sampler2D", "sampler3D", "samplerRECT", "samplerCUBE", "samplerDEPTH",
-    "string",   "enum"};
-constexpr std::string_view kSurfaceFormatHintChannelsWords[] = {"RGB", "RGBA", "L",   "LA",
-                                                                "D",   "XYZ",  "XYZW"};
-constexpr std::string_view kSurfaceFormatHintPrecisionWords[] = {"LOW", "MID", "HIGH"};
-constexpr std::string_view kSurfaceFormatHintRangeWords[] = {"SNORM", "UNORM", "SINT", "UINT",
-                                                             "FLOAT"};
-constexpr std::string_view kSurfaceFormatHintOptionWords[] = {"SRGB_GAMMA", "NORMALIZED3",
-                                                              "NORMALIZED4", "COMPRESSABLE"};
-constexpr std::string_view kSurfaceTypeWords[] = {"UNTYPED", "1D",   "2D",   "3D",
-                                                  "RECT",    "CUBE", "DEPTH"};
-constexpr std::string_view kSurfaceFaceWords[] = {"POSITIVE_X", "NEGATIVE_X", "POSITIVE_Y",
-                                                  "NEGATIVE_Y", "POSITIVE_Z", "NEGATIVE_Z"};
-
-// Reading tables that differ from the word lists.
-constexpr WordValue kSamplerFilterRead[] = {{"NEAREST", 1},
-                                            {"LINEAR", 2},
-                                            {"NEAREST_MIPMAP_NEAREST", 3},
-                                            {"LINEAR_MIPMAP_NEAREST", 4},
-                                            {"NEAREST_MIPMAP_LINEAR", 5},
-                                            {"LINEAR_MIPMAP_LINEAR", 6}};
-constexpr WordValue kBasicTypeRead[] = {
-    {"bool", 0},         {"bool2", 1},        {"bool3", 2},         {"bool4", 3},
-    {"int", 4},          {"int2", 5},         {"int3", 6},          {"int4", 7},
-    {"float", 8},        {"float2", 9},       {"float3", 10},       {"float4", 11},
-    {"float1x1", 12},    {"float1x2", 13},    {"float1x3", 14},     {"float1x4", 15},
-    {"float2x1", 16},    {"float2x2", 17},    {"float2x3", 18},     {"float2x4", 19},
-    {"float3x1", 20},    {"float3x2", 21},    {"float3x3", 22},     {"float3x4", 23},
-    {"float4x1", 24},    {"float4x2", 25},    {"float4x3", 26},     {"float4x4", 27},
-    {"surface", 28},     {"sampler1D", 29},   {"sampler2D", 30},    {"sampler3D", 31},
-    {"samplerCUBE", 32}, {"samplerRECT", 33}, {"samplerDEPTH", 34}, {"string", 35},
-    {"enum", 36}};
-constexpr WordValue kCgParamTypeRead[] = {
-    {"bool", 0},        {"bool1", 1},         {"bool2", 2},         {"bool3", 3},
-    {"bool4", 4},       {"bool1x1", 5},       {"bool1x2", 6},       {"bool1x3", 7},
-    {"bool1x4", 8},     {"bool2x1", 9},       {"bool2x2", 10},      {"bool2x3", 11},
-    {"bool2x4", 12},    {"bool3x1", 13},      {"bool3x2", 14},      {"bool3x3", 15},
-    {"bool3x4", 16},    {"bool4x1", 17},      {"bool4x2", 18},      {"bool4x3", 19},
-    {"bool4x4", 20},    {"float", 21},        {"float1", 22},       {"float2", 23},
-    {"float3", 24},     {"float4", 25},       {"float1x1", 26},     {"float1x2", 27},
-    {"float1x3", 28},   {"float1x4", 29},     {"float2x1", 30},     {"float2x2", 31},
-    {"float2x3", 32},   {"float2x4", 33},     {"float3x1", 34},     {"float3x2", 35},
-    {"float3x3", 36},   {"float3x4", 37},     {"float4x1", 38},     {"float4x2", 39},
-    {"float4x3", 40},   {"float4x4", 41},     {"int", 42},          {"int1", 43},
-    {"int2", 44},       {"int3", 45},         {"int4", 46},         {"int1x1", 47},
-    {"int1x2", 48},     {"int1x3", 49},       {"int1x4", 50},       {"int2x1", 51},
-    {"int2x2", 52},     {"int2x3", 53},       {"int2x4", 54},       {"int3x1", 55},
-    {"int3x2", 56},     {"int3x3", 57},       {"int3x4", 58},       {"int4x1", 59},
-    {"int4x2", 60},     {"int4x3", 61},       {"int4x4", 62},       {"half", 63},
-    {"half1", 64},      {"half2", 65},        {"half3", 66},        {"half4", 67},
-    {"half1x1", 68},    {"half1x2", 69},      {"half1x3", 70},      {"half1x4", 71},
-    {"half2x1", 72},    {"half2x2", 73},      {"half2x3", 74},      {"half2x4", 75},
-    {"half3x1", 76},    {"half3x2", 77},      {"half3x3", 78},      {"half3x4", 79},
-    {"half4x1", 80},    {"half4x2", 81},      {"half4x3", 82},      {"half4x4", 83},
-    {"fixed", 84},      {"fixed1", 84},       {"fixed2", 86},       {"fixed3", 87},
-    {"fixed4", 88},     {"fixed1x1", 89},     {"fixed1x2", 90},     {"fixed1x3", 91},
-    {"fixed1x4", 92},   {"fixed2x1", 93},     {"fixed2x2", 94},     {"fixed2x3", 95},
-    {"fixed2x4", 96},   {"fixed3x1", 97},     {"fixed3x2", 98},     {"fixed3x3", 99},
-    {"fixed3x4", 100},  {"fixed4x1", 101},    {"fixed4x2", 102},    {"fixed4x3", 103},
-    {"fixed4x4", 104},  {"surface", 105},     {"sampler1D", 106},   {"sampler2D", 107},
-    {"sampler3D", 108}, {"samplerCUBE", 109}, {"samplerRECT", 110}, {"samplerDEPTH", 111},
-    {"string", 112},    {"enum", 113}};
-constexpr WordValue kSurfaceFormatHintOptionRead[] = {
-    {"SRGB_GAMMA", 0}, {"NORMALIZED3", 1}, {"NORMALIZED4", 1}, {"COMPRESSABLE", 2}};
-constexpr WordValue kSurfaceTypeRead[] = {{"1D", 1},   {"2D", 2},   {"3D", 3},
-                                          {"RECT", 4}, {"CUBE", 5}, {"DEPTH", 6}};
-
-// A word list turned into a read table (word i reads as i).
-template <size_t N>
-constexpr std::array<WordValue, N> Indexed(const std::string_view (&words)[N]) {
-  std::array<WordValue, N> out{};
-  for (size_t i = 0; i < N; ++i)
-    out[i] = {words[i], static_cast<int32_t>(i)};
-  return out;
+constexpr bool IsRead(const EnumWord& row) {
+  return row.dir != EDirection::WriteOnly;
+}
+constexpr bool IsWritten(const EnumWord& row) {
+  return row.dir != EDirection::ReadOnly;
 }
 
-constexpr auto kSamplerWrapRead = Indexed(kSamplerWrapWords);
-constexpr auto kSurfaceFormatHintChannelsRead = Indexed(kSurfaceFormatHintChannelsWords);
-constexpr auto kSurfaceFormatHintPrecisionRead = Indexed(kSurfaceFormatHintPrecisionWords);
-constexpr auto kSurfaceFormatHintRangeRead = Indexed(kSurfaceFormatHintRangeWords);
-constexpr auto kSurfaceFaceRead = Indexed(kSurfaceFaceWords);
+// The number of words the value-to-word side holds.
+template <size_t N>
+constexpr size_t WrittenCount(const EnumWord (&rows)[N]) {
+  size_t count = 0;
+  for (const EnumWord& row : rows)
+    count += IsWritten(row) ? 1 : 0;
+  return count;
+}
+
+// True when the written rows give every value from 0 to their count - 1
+// exactly one word, so the value-to-word array has no hole and no clash.
+template <size_t N>
+constexpr bool WritesEachValueOnce(const EnumWord (&rows)[N]) {
+  const size_t count = WrittenCount(rows);
+  for (size_t v = 0; v < count; ++v) {
+    size_t words = 0;
+    for (const EnumWord& row : rows)
+      words += IsWritten(row) && row.value == static_cast<int32_t>(v) ? 1 : 0;
+    if (words != 1) return false;
+  }
+  return true;
+}
+
+// One table per enumeration, for both directions: the read rows fill the
+// word-to-value side, the written rows the value-to-word side.
+constexpr EnumWord kSamplerWrapWords[] = {{"NONE", 0, kBoth},
+                                          {"WRAP", 1, kBoth},
+                                          {"MIRROR", 2, kBoth},
+                                          {"CLAMP", 3, kBoth},
+                                          {"BORDER", 4, kBoth}};
+// "NONE" is written but not read.
+constexpr EnumWord kSamplerFilterWords[] = {{"NONE", 0, kWrite},
+                                            {"NEAREST", 1, kBoth},
+                                            {"LINEAR", 2, kBoth},
+                                            {"NEAREST_MIPMAP_NEAREST", 3, kBoth},
+                                            {"LINEAR_MIPMAP_NEAREST", 4, kBoth},
+                                            {"NEAREST_MIPMAP_LINEAR", 5, kBoth},
+                                            {"LINEAR_MIPMAP_LINEAR", 6, kBoth}};
+// "enum" is read but has no word for writing.
+constexpr EnumWord kBasicTypeWords[] = {
+    {"bool", 0, kBoth},         {"bool2", 1, kBoth},         {"bool3", 2, kBoth},
+    {"bool4", 3, kBoth},        {"int", 4, kBoth},           {"int2", 5, kBoth},
+    {"int3", 6, kBoth},         {"int4", 7, kBoth},          {"float", 8, kBoth},
+    {"float2", 9, kBoth},       {"float3", 10, kBoth},       {"float4", 11, kBoth},
+    {"float1x1", 12, kBoth},    {"float1x2", 13, kBoth},     {"float1x3", 14, kBoth},
+    {"float1x4", 15, kBoth},    {"float2x1", 16, kBoth},     {"float2x2", 17, kBoth},
+    {"float2x3", 18, kBoth},    {"float2x4", 19, kBoth},     {"float3x1", 20, kBoth},
+    {"float3x2", 21, kBoth},    {"float3x3", 22, kBoth},     {"float3x4", 23, kBoth},
+    {"float4x1", 24, kBoth},    {"float4x2", 25, kBoth},     {"float4x3", 26, kBoth},
+    {"float4x4", 27, kBoth},    {"surface", 28, kBoth},      {"sampler1D", 29, kBoth},
+    {"sampler2D", 30, kBoth},   {"sampler3D", 31, kBoth},    {"samplerCUBE", 32, kBoth},
+    {"samplerRECT", 33, kBoth}, {"samplerDEPTH", 34, kBoth}, {"string", 35, kBoth},
+    {"enum", 36, kRead}};
+// "fixed1" reads as "fixed" (84) and is written at 85; "samplerCUBE" and
+// "samplerRECT" are read at 109 and 110 and written crossed.
+constexpr EnumWord kCgParamTypeWords[] = {
+    {"bool", 0, kBoth},           {"bool1", 1, kBoth},         {"bool2", 2, kBoth},
+    {"bool3", 3, kBoth},          {"bool4", 4, kBoth},         {"bool1x1", 5, kBoth},
+    {"bool1x2", 6, kBoth},        {"bool1x3", 7, kBoth},       {"bool1x4", 8, kBoth},
+    {"bool2x1", 9, kBoth},        {"bool2x2", 10, kBoth},      {"bool2x3", 11, kBoth},
+    {"bool2x4", 12, kBoth},       {"bool3x1", 13, kBoth},      {"bool3x2", 14, kBoth},
+    {"bool3x3", 15, kBoth},       {"bool3x4", 16, kBoth},      {"bool4x1", 17, kBoth},
+    {"bool4x2", 18, kBoth},       {"bool4x3", 19, kBoth},      {"bool4x4", 20, kBoth},
+    {"float", 21, kBoth},         {"float1", 22, kBoth},       {"float2", 23, kBoth},
+    {"float3", 24, kBoth},        {"float4", 25, kBoth},       {"float1x1", 26, kBoth},
+    {"float1x2", 27, kBoth},      {"float1x3", 28, kBoth},     {"float1x4", 29, kBoth},
+    {"float2x1", 30, kBoth},      {"float2x2", 31, kBoth},     {"float2x3", 32, kBoth},
+    {"float2x4", 33, kBoth},      {"float3x1", 34, kBoth},     {"float3x2", 35, kBoth},
+    {"float3x3", 36, kBoth},      {"float3x4", 37, kBoth},     {"float4x1", 38, kBoth},
+    {"float4x2", 39, kBoth},      {"float4x3", 40, kBoth},     {"float4x4", 41, kBoth},
+    {"int", 42, kBoth},           {"int1", 43, kBoth},         {"int2", 44, kBoth},
+    {"int3", 45, kBoth},          {"int4", 46, kBoth},         {"int1x1", 47, kBoth},
+    {"int1x2", 48, kBoth},        {"int1x3", 49, kBoth},       {"int1x4", 50, kBoth},
+    {"int2x1", 51, kBoth},        {"int2x2", 52, kBoth},       {"int2x3", 53, kBoth},
+    {"int2x4", 54, kBoth},        {"int3x1", 55, kBoth},       {"int3x2", 56, kBoth},
+    {"int3x3", 57, kBoth},        {"int3x4", 58, kBoth},       {"int4x1", 59, kBoth},
+    {"int4x2", 60, kBoth},        {"int4x3", 61, kBoth},       {"int4x4", 62, kBoth},
+    {"half", 63, kBoth},          {"half1", 64, kBoth},        {"half2", 65, kBoth},
+    {"half3", 66, kBoth},         {"half4", 67, kBoth},        {"half1x1", 68, kBoth},
+    {"half1x2", 69, kBoth},       {"half1x3", 70, kBoth},      {"half1x4", 71, kBoth},
+    {"half2x1", 72, kBoth},       {"half2x2", 73, kBoth},      {"half2x3", 74, kBoth},
+    {"half2x4", 75, kBoth},       {"half3x1", 76, kBoth},      {"half3x2", 77, kBoth},
+    {"half3x3", 78, kBoth},       {"half3x4", 79, kBoth},      {"half4x1", 80, kBoth},
+    {"half4x2", 81, kBoth},       {"half4x3", 82, kBoth},      {"half4x4", 83, kBoth},
+    {"fixed", 84, kBoth},         {"fixed1", 84, kRead},       {"fixed1", 85, kWrite},
+    {"fixed2", 86, kBoth},        {"fixed3", 87, kBoth},       {"fixed4", 88, kBoth},
+    {"fixed1x1", 89, kBoth},      {"fixed1x2", 90, kBoth},     {"fixed1x3", 91, kBoth},
+    {"fixed1x4", 92, kBoth},      {"fixed2x1", 93, kBoth},     {"fixed2x2", 94, kBoth},
+    {"fixed2x3", 95, kBoth},      {"fixed2x4", 96, kBoth},     {"fixed3x1", 97, kBoth},
+    {"fixed3x2", 98, kBoth},      {"fixed3x3", 99, kBoth},     {"fixed3x4", 100, kBoth},
+    {"fixed4x1", 101, kBoth},     {"fixed4x2", 102, kBoth},    {"fixed4x3", 103, kBoth},
+    {"fixed4x4", 104, kBoth},     {"surface", 105, kBoth},     {"sampler1D", 106, kBoth},
+    {"sampler2D", 107, kBoth},    {"sampler3D", 108, kBoth},   {"samplerCUBE", 109, kRead},
+    {"samplerRECT", 109, kWrite}, {"samplerRECT", 110, kRead}, {"samplerCUBE", 110, kWrite},
+    {"samplerDEPTH", 111, kBoth}, {"string", 112, kBoth},      {"enum", 113, kBoth}};
+constexpr EnumWord kSurfaceFormatHintChannelsWords[] = {
+    {"RGB", 0, kBoth}, {"RGBA", 1, kBoth}, {"L", 2, kBoth},   {"LA", 3, kBoth},
+    {"D", 4, kBoth},   {"XYZ", 5, kBoth},  {"XYZW", 6, kBoth}};
+constexpr EnumWord kSurfaceFormatHintPrecisionWords[] = {
+    {"LOW", 0, kBoth}, {"MID", 1, kBoth}, {"HIGH", 2, kBoth}};
+constexpr EnumWord kSurfaceFormatHintRangeWords[] = {{"SNORM", 0, kBoth},
+                                                     {"UNORM", 1, kBoth},
+                                                     {"SINT", 2, kBoth},
+                                                     {"UINT", 3, kBoth},
+                                                     {"FLOAT", 4, kBoth}};
+// "NORMALIZED4" reads like "NORMALIZED3" and "COMPRESSABLE" one value lower
+// than each is written.
+constexpr EnumWord kSurfaceFormatHintOptionWords[] = {
+    {"SRGB_GAMMA", 0, kBoth},   {"NORMALIZED3", 1, kBoth},  {"NORMALIZED4", 1, kRead},
+    {"NORMALIZED4", 2, kWrite}, {"COMPRESSABLE", 2, kRead}, {"COMPRESSABLE", 3, kWrite}};
+// "UNTYPED" is written but not read.
+constexpr EnumWord kSurfaceTypeWords[] = {
+    {"UNTYPED", 0, kWrite}, {"1D", 1, kBoth},   {"2D", 2, kBoth},   {"3D", 3, kBoth},
+    {"RECT", 4, kBoth},     {"CUBE", 5, kBoth}, {"DEPTH", 6, kBoth}};
+constexpr EnumWord kSurfaceFaceWords[] = {{"POSITIVE_X", 0, kBoth}, {"NEGATIVE_X", 1, kBoth},
+                                          {"POSITIVE_Y", 2, kBoth}, {"NEGATIVE_Y", 3, kBoth},
+                                          {"POSITIVE_Z", 4, kBoth}, {"NEGATIVE_Z", 5, kBoth}};
+
+static_assert(WritesEachValueOnce(kSamplerWrapWords));
+static_assert(WritesEachValueOnce(kSamplerFilterWords));
+static_assert(WritesEachValueOnce(kBasicTypeWords));
+static_assert(WritesEachValueOnce(kCgParamTypeWords));
+static_assert(WritesEachValueOnce(kSurfaceFormatHintChannelsWords));
+static_assert(WritesEachValueOnce(kSurfaceFormatHintPrecisionWords));
+static_assert(WritesEachValueOnce(kSurfaceFormatHintRangeWords));
+static_assert(WritesEachValueOnce(kSurfaceFormatHintOptionWords));
+static_assert(WritesEachValueOnce(kSurfaceTypeWords));
+static_assert(WritesEachValueOnce(kSurfaceFaceWords));
 
 using WordHash = OxKernel::oxHash<oxString, int32_t>;
 
-// The built tables: one hash per hashed enumeration, one string list per
-// word list. Absent until PrepareHashTables.
+// The built tables: one hash per hashed enumeration, one value-to-word list
+// per table. Absent until PrepareHashTables.
 struct Tables {
   WordHash samplerWrap, samplerFilter, basicType, cgParamType;
   oxArray<oxString> samplerWrapWords, samplerFilterWords, basicTypeWords, cgParamTypeWords,
@@ -147,17 +175,25 @@ const oxString& EmptyString() {
   return empty;
 }
 
-template <class Range>
-WordHash MakeHash(const Range& pairs) {
+// The read rows, inserted in table order.
+template <size_t N>
+WordHash MakeHash(const EnumWord (&rows)[N]) {
   WordHash hash(OxKernel::oxHashTools::ComputePreferredSize(4));
-  for (const WordValue& p : pairs)
-    hash.insert_or_assign(oxString(p.word), p.value);
+  for (const EnumWord& row : rows) {
+    if (IsRead(row)) hash.insert_or_assign(oxString(row.word), row.value);
+  }
   return hash;
 }
 
+// The written rows, each at its value (WritesEachValueOnce holds for every
+// table, so every slot gets exactly one word).
 template <size_t N>
-oxArray<oxString> MakeWords(const std::string_view (&words)[N]) {
-  return oxArray<oxString>(std::begin(words), std::end(words));
+oxArray<oxString> MakeWords(const EnumWord (&rows)[N]) {
+  oxArray<oxString> words(WrittenCount(rows));
+  for (const EnumWord& row : rows) {
+    if (IsWritten(row)) words[static_cast<size_t>(row.value)] = oxString(row.word);
+  }
+  return words;
 }
 
 template <class E>
@@ -168,12 +204,12 @@ E FromHash(WordHash Tables::*table, const oxString& text) {
   return it == hash.end() ? E::UNKNOWN : static_cast<E>(it->second);
 }
 
-// The short tables: exact comparisons in table order.
-template <class E, class Range>
-E FromChain(const Range& pairs, const oxString& text) {
+// The short tables: exact comparisons with the read rows in table order.
+template <class E, size_t N>
+E FromChain(const EnumWord (&rows)[N], const oxString& text) {
   if (!g_tables) return E::UNKNOWN;
-  for (const WordValue& p : pairs) {
-    if (p.word == text) return static_cast<E>(p.value);
+  for (const EnumWord& row : rows) {
+    if (IsRead(row) && row.word == text) return static_cast<E>(row.value);
   }
   return E::UNKNOWN;
 }
@@ -204,25 +240,25 @@ ECgParamType oxDAEEnumConverter::GetCgParamTypeFromString(const oxString& t) {
 
 EFxSurfaceFormatHintChannels oxDAEEnumConverter::GetSurfaceFormatHintChannelsFromString(
     const oxString& t) {
-  return FromChain<EFxSurfaceFormatHintChannels>(kSurfaceFormatHintChannelsRead, t);
+  return FromChain<EFxSurfaceFormatHintChannels>(kSurfaceFormatHintChannelsWords, t);
 }
 EFxSurfaceFormatHintPrecision oxDAEEnumConverter::GetSurfaceFormatHintPrecisionFromString(
     const oxString& t) {
-  return FromChain<EFxSurfaceFormatHintPrecision>(kSurfaceFormatHintPrecisionRead, t);
+  return FromChain<EFxSurfaceFormatHintPrecision>(kSurfaceFormatHintPrecisionWords, t);
 }
 EFxSurfaceFormatHintRange oxDAEEnumConverter::GetSurfaceFormatHintRangeFromString(
     const oxString& t) {
-  return FromChain<EFxSurfaceFormatHintRange>(kSurfaceFormatHintRangeRead, t);
+  return FromChain<EFxSurfaceFormatHintRange>(kSurfaceFormatHintRangeWords, t);
 }
 EFxSurfaceFormatHintOption oxDAEEnumConverter::GetSurfaceFormatHintOptionFromString(
     const oxString& t) {
-  return FromChain<EFxSurfaceFormatHintOption>(kSurfaceFormatHintOptionRead, t);
+  return FromChain<EFxSurfaceFormatHintOption>(kSurfaceFormatHintOptionWords, t);
 }
 EFxSurfaceType oxDAEEnumConverter::GetSurfaceTypeFromString(const oxString& t) {
-  return FromChain<EFxSurfaceType>(kSurfaceTypeRead, t);
+  return FromChain<EFxSurfaceType>(kSurfaceTypeWords, t);
 }
 EFxSurfaceFace oxDAEEnumConverter::GetSurfaceFaceFromString(const oxString& t) {
-  return FromChain<EFxSurfaceFace>(kSurfaceFaceRead, t);
+  return FromChain<EFxSurfaceFace>(kSurfaceFaceWords, t);
 }
 
 const oxString& oxDAEEnumConverter::GetStringFromSamplerWrap(EFxSamplerWrap v) {
@@ -263,10 +299,10 @@ const oxString& oxDAEEnumConverter::GetStringFromSurfaceFace(EFxSurfaceFace v) {
 void oxDAEEnumConverter::PrepareHashTables() {
   if (g_tables) return;
   auto t = std::make_unique<Tables>();
-  t->samplerWrap = MakeHash(kSamplerWrapRead);
-  t->samplerFilter = MakeHash(kSamplerFilterRead);
-  t->basicType = MakeHash(kBasicTypeRead);
-  t->cgParamType = MakeHash(kCgParamTypeRead);
+  t->samplerWrap = MakeHash(kSamplerWrapWords);
+  t->samplerFilter = MakeHash(kSamplerFilterWords);
+  t->basicType = MakeHash(kBasicTypeWords);
+  t->cgParamType = MakeHash(kCgParamTypeWords);
   t->samplerWrapWords = MakeWords(kSamplerWrapWords);
   t->samplerFilterWords = MakeWords(kSamplerFilterWords);
   t->basicTypeWords = MakeWords(kBasicTypeWords);

@@ -1,8 +1,10 @@
 #include "oxDAEReadWrite/oxDAEReadWrite_File.h"
 
+#include <oxKernel/oxCharacter.h>
 #include <oxKernel/oxLog.h>
 #include <oxKernel/oxProfiling.h>
 
+#include "oxDAEReadWrite/oxDAEElements_Animation_Target.h"
 #include "oxDAEReadWrite/oxDAEElements_Main_Document.h"
 
 namespace OxDAEReader {
@@ -88,6 +90,7 @@ int oxDAEFile::Load(const oxURI& location, OxKernel::oxProgress* progress) {
   // Entries of a previous document would point to deleted elements: a new
   // document starts with empty tables.
   elementsToUpdate.clear();
+  unresolved.clear();
   pathRegistry.clear();
   animationTargets.clear();
   uri = location;
@@ -153,8 +156,11 @@ int oxDAEFile::WriteDocument() {
 
 void oxDAEFile::UpdateAll(bool beforeWrite) {
   // By index: an update may queue further elements, which are updated too.
-  for (size_t i = 0; i < elementsToUpdate.size(); ++i)
-    elementsToUpdate[i]->UpdateDependencies(*this, beforeWrite);
+  for (size_t i = 0; i < elementsToUpdate.size(); ++i) {
+    oxDAEBaseElement* e = elementsToUpdate[i];
+    const int rc = e->UpdateDependencies(*this, beforeWrite);
+    if (rc != 0 && !beforeWrite) unresolved.push_back({e, rc});
+  }
 }
 
 void oxDAEFile::WriteChild(oxDAEBaseElement* child) {
@@ -203,17 +209,48 @@ oxDAEBaseElement* oxDAEFile::ResolvePath(const oxString& path, oxDAEBaseElement*
   return ResolvePath(OxKernel::oxConcat(context->GetParentingPath(), '/', path), nullptr);
 }
 
-void oxDAEFile::RegisterAnimationTarget(const oxString& path, oxDAEChannelTarget* target) {
-  animationTargets.try_emplace(path, target);
+void oxDAEFile::RegisterAnimationTarget(oxDAEChannelTarget* target) {
+  animationTargets.try_emplace(target->GetPath(), target);
 }
 
-void oxDAEFile::UnregisterAnimationTarget(const oxString& path) {
-  animationTargets.erase(path);
+void oxDAEFile::UnregisterAnimationTarget(oxDAEChannelTarget* target) {
+  const auto it = animationTargets.find(target->GetPath());
+  if (it != animationTargets.end() && it->second == target) animationTargets.erase(it);
 }
 
 oxDAEChannelTarget* oxDAEFile::ResolveAnimationTargetPath(const oxString& path) const {
-  const auto it = animationTargets.find(path);
-  return it == animationTargets.end() ? nullptr : it->second;
+  if (oxDAEChannelTarget* target = FindAnimationTarget(path)) return target;
+  const size_t open = path.rfind('(');
+  if (path.empty() || path.back() != ')' || open == oxString::npos) return nullptr;
+  // The text before the last "(" is resolved by this same rule. Only a
+  // registered path can name a float array there: through a further "(j)"
+  // it would name a float member, on which "(i)" is null. So one look-up
+  // decides, however many selectors the path holds.
+  oxDAEChannelTarget* target = FindAnimationTarget(path.View().substr(0, open));
+  return target ? SelectMember(target, path.View().substr(open + 1)) : nullptr;
+}
+
+oxDAEChannelTarget* oxDAEFile::FindAnimationTarget(std::string_view path) const {
+  const auto it = animationTargets.find(oxString(path));
+  if (it != animationTargets.end()) return it->second;
+  // Members are not in the table: "a.Q" is the member Q of the array "a".
+  const size_t dot = path.rfind('.');
+  if (dot == std::string_view::npos || dot + 1 == path.size()) return nullptr;
+  const auto owner = animationTargets.find(oxString(path.substr(0, dot)));
+  if (owner == animationTargets.end()) return nullptr;
+  const auto* array = oxDAEChannelTargetArray::DynamicCast(owner->second);
+  return array ? array->GetChannelTarget(oxString(path.substr(dot + 1))) : nullptr;
+}
+
+oxDAEChannelTarget* oxDAEFile::SelectMember(oxDAEChannelTarget* target, std::string_view index) {
+  const auto* array = oxDAEChannelTargetFloatArray::DynamicCast(target);
+  if (!array) return nullptr;
+  // The text after "(" still holds the ")": it is read as an unsigned
+  // number with that bracket dropped.
+  uint32_t i = 0;
+  if (!OxKernel::oxCharacter::Interpret(index.substr(0, index.size() - 1), i)) return nullptr;
+  if (i > 127) return nullptr;
+  return array->GetChannelTarget(0, static_cast<signed char>(i));
 }
 
 // --- Tokens ----------------------------------------------------------------------

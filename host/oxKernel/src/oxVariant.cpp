@@ -9,10 +9,15 @@ namespace OxKernel {
 namespace {
 
 constexpr oxType kTypes[] = {
-    {"bool", oxType::EKind::Bool, 1},         {"int32", oxType::EKind::Int32, 1},
-    {"uint8", oxType::EKind::UInt8, 1},       {"float", oxType::EKind::Float, 1},
-    {"oxString", oxType::EKind::String, 1},   {"oxVec2", oxType::EKind::FloatTuple, 2},
-    {"oxVec3", oxType::EKind::FloatTuple, 3}, {"oxVec4", oxType::EKind::FloatTuple, 4},
+    {"bool", oxType::EKind::Bool, 1},
+    {"int32", oxType::EKind::Int32, 1},
+    {"uint8", oxType::EKind::UInt8, 1},
+    {"float", oxType::EKind::Float, 1},
+    {"oxString", oxType::EKind::String, 1},
+    {"oxVec2", oxType::EKind::FloatTuple, 2},
+    {"oxVec3", oxType::EKind::FloatTuple, 3},
+    {"oxVec4", oxType::EKind::FloatTuple, 4},
+    {"oxMatrix44", oxType::EKind::FloatTuple, 16},
 };
 
 template <class T>

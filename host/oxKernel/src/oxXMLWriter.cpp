@@ -170,9 +170,13 @@ struct oxXMLWriter::Impl {
     buffer += '>';
     f.startTagOpen = false;
   }
+  // Indents by two blanks a level, up to kMaxIndentLevels: deeper elements
+  // line up at that column, so output stays linear in the element count
+  // however deep a document nests.
+  static constexpr unsigned int kMaxIndentLevels = 32;
   void NewLine(unsigned int depth) {
     buffer += '\n';
-    buffer.append(2 * depth, ' ');
+    buffer.append(2 * std::min(depth, kMaxIndentLevels), ' ');
   }
   // Prepares the enclosing element to receive text; false when there is no
   // element to hold it (text outside the root is dropped).

@@ -19,7 +19,7 @@ void oxMatrix44::MultiplyAB(const oxMatrix44& a, const oxMatrix44& b) {
     for (int col = 0; col < 4; ++col) {
       float sum = 0.0f;
       for (int k = 0; k < 4; ++k)
-        sum += a.m[row * 4 + k] * b.m[k * 4 + col];
+        sum += b.m[row * 4 + k] * a.m[k * 4 + col];
       r[row * 4 + col] = sum;
     }
   }

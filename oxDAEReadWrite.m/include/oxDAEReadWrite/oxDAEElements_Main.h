@@ -30,11 +30,14 @@ class oxDAEExtraElement;
 // WeakDynamicCast, the alias `Super` for the base and the COLLADA tag
 // `s_XMLTag` (empty for classes that have no element of their own). The tag
 // is a compile-time constant so that child tables can name it.
-#define OX_DAE_ELEMENT(Class, Base, Tag) \
-  OX_DECLARE_RTTI(Class)                 \
- public:                                 \
-  using Super = Base;                    \
-  static constexpr std::string_view s_XMLTag = Tag;
+#define OX_DAE_ELEMENT(Class, Base, Tag)            \
+  OX_DECLARE_RTTI(Class)                            \
+ public:                                            \
+  using Super = Base;                               \
+  static constexpr std::string_view s_XMLTag = Tag; \
+  std::string_view GetXMLTag() const override {     \
+    return s_XMLTag;                                \
+  }
 
 // In the class's source file: defines the record, named after the class, with
 // the base's record as parent.
@@ -72,9 +75,14 @@ class oxDAEVersion {
 };
 
 class oxDAEBaseElement : public OxKernel::oxRTTIObject {
-  OX_DAE_ELEMENT(oxDAEBaseElement, OxKernel::oxRTTIObject, "")
+  OX_DECLARE_RTTI(oxDAEBaseElement)
 
  public:
+  using Super = OxKernel::oxRTTIObject;
+  static constexpr std::string_view s_XMLTag = "";
+  // The tag of the element's class (s_XMLTag of the most derived class).
+  virtual std::string_view GetXMLTag() const { return s_XMLTag; }
+
   // The upper-case type and semantic words of COLLADA; the value indexes the
   // document's token table (oxDAEFile::s_Tokens). NONE is also "unknown".
   enum class EToken : int {

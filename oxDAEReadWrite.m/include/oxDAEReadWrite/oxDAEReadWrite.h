@@ -10,6 +10,7 @@
 #include <oxKernel/oxModule.h>
 
 #include "oxDAEReadWrite/oxDAEElements_Animation.h"
+#include "oxDAEReadWrite/oxDAEElements_Animation_Target.h"
 #include "oxDAEReadWrite/oxDAEElements_Fx.h"
 #include "oxDAEReadWrite/oxDAEElements_Instance.h"
 #include "oxDAEReadWrite/oxDAEElements_Main.h"

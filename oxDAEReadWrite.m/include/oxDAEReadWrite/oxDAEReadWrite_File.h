@@ -88,11 +88,33 @@ class oxDAEFile {
   // once as context->GetParentingPath() + "/" + path.
   oxDAEBaseElement* ResolvePath(const oxString& path, oxDAEBaseElement* context = nullptr) const;
 
-  // The animation-target table: the first target registered under a path
-  // keeps it.
-  void RegisterAnimationTarget(const oxString& path, oxDAEChannelTarget* target);
-  void UnregisterAnimationTarget(const oxString& path);
+  // The animation-target table, keyed by each target's GetPath(): the first
+  // target registered under a path keeps it; a later one is silently left
+  // out. Unregistering removes the entry of the target's path only when it
+  // is that target's.
+  void RegisterAnimationTarget(oxDAEChannelTarget* target);
+  void UnregisterAnimationTarget(oxDAEChannelTarget* target);
+  // The target registered under `path`, or for "a.Q" the member named Q of
+  // the array target registered under "a" (members are reached through
+  // their array); else, for a path ending in "(i)",
+  // member i of the float-array target that the text before the last "("
+  // resolves to (by this same rule, so "a(1)(2)" tries "a(1)" before "a").
+  // Null for an unknown path, an index on any other target, an index text
+  // that is not an unsigned number, or an index past the members.
   oxDAEChannelTarget* ResolveAnimationTargetPath(const oxString& path) const;
+
+  // --- What did not resolve ------------------------------------------------
+
+  // An element whose UpdateDependencies returned `code` (non-zero) in the
+  // dependency phase of the last Load.
+  struct Unresolved {
+    oxDAEBaseElement* element;
+    int code;
+  };
+  // The elements whose references did not resolve when the document was
+  // loaded, in the order they were updated. Loading goes on regardless; this
+  // list is for callers that want to report them. Emptied by Load.
+  const oxArray<Unresolved>& GetUnresolved() const { return unresolved; }
 
   // --- Tokens ------------------------------------------------------------
 
@@ -182,6 +204,12 @@ class oxDAEFile {
 
  private:
   int WriteDocument();
+  // The target registered under `path`, or the member Q of the array
+  // registered under "a" for a path "a.Q"; null otherwise.
+  oxDAEChannelTarget* FindAnimationTarget(std::string_view path) const;
+  // Member `index` ("3)", the text after a "(") of a float-array target;
+  // null for any other target or an index that does not read.
+  static oxDAEChannelTarget* SelectMember(oxDAEChannelTarget* target, std::string_view index);
   // Runs UpdateDependencies on every queued element, in the order queued.
   void UpdateAll(bool beforeWrite);
 
@@ -190,6 +218,7 @@ class oxDAEFile {
   oxHash<oxString, oxDAEBaseElement*> idRegistry;
   oxHash<oxString, oxDAEBaseElement*> pathRegistry;
   oxHash<oxString, oxDAEChannelTarget*> animationTargets;
+  oxArray<Unresolved> unresolved;
   oxDAEColladaElement* root = nullptr;
   OxKernel::oxURI uri;
 };

@@ -19,7 +19,8 @@ class oxType {
       : m_name(name), m_kind(kind), m_components(components) {}
   std::string_view GetName() const { return m_name; }
   EKind GetKind() const { return m_kind; }
-  // Number of scalar components: 2 to 4 for the vector types, else 1.
+  // Number of scalar components: 2 to 4 for the vectors, 16 for the
+  // matrix, else 1.
   unsigned int GetComponentCount() const { return m_components; }
 
  private:
@@ -29,7 +30,8 @@ class oxType {
 };
 
 // Finds value types by name. Knows "bool", "int32", "uint8", "float",
-// "oxString", "oxVec2", "oxVec3" and "oxVec4"; names are case-sensitive.
+// "oxString", "oxVec2", "oxVec3", "oxVec4" and "oxMatrix44" (16 floats);
+// names are case-sensitive.
 class oxTypeManager {
  public:
   // The manager of a host context; every context sees the same built-in types.
@@ -39,7 +41,7 @@ class oxTypeManager {
 
 class oxVariant {
  public:
-  using Tuple = std::array<float, 4>;
+  using Tuple = std::array<float, 16>;
   using Value = std::variant<std::monostate, bool, int32_t, uint8_t, float, oxString, Tuple>;
 
   oxVariant() = default;

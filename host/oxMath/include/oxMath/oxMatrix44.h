@@ -16,7 +16,10 @@ struct oxMatrix44 {
   float operator[](unsigned int i) const { return m[i]; }
   bool operator==(const oxMatrix44&) const = default;
 
-  // this = a * b (apply a, then b). `this` may alias either operand.
+  // this = b * a: the matrix that applies b, then a. This is the order in
+  // which a node's transforms act on a point (the later one first), so a
+  // local matrix is built as MultiplyAB(result, next). `this` may alias
+  // either operand.
   void MultiplyAB(const oxMatrix44& a, const oxMatrix44& b);
   // this = transpose of `source` (may alias).
   void ComputeTranspose(const oxMatrix44& source);
