@@ -1,5 +1,6 @@
 # Two commands do everything on a fresh Debian machine (as root):
 #   make demo   install what is missing, build, summarise the bundled sample
+#               and print its node tree
 #   make test   install what is missing, build, run every test through ctest
 #
 # Variables: SANITIZE=ON builds with AddressSanitizer and UBSan (in its own
@@ -10,7 +11,7 @@ WERROR ?= OFF
 BUILD_TYPE ?= Release
 JOBS ?= $(shell nproc)
 BUILD_DIR ?= build/$(if $(filter ON,$(SANITIZE)),sanitize,release)
-PACKAGES := cmake ninja-build g++ libpugixml-dev libgtest-dev libgmock-dev libbenchmark-dev
+PACKAGES := cmake ninja-build g++ libpugixml-dev libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev nlohmann-json3-dev
 
 .PHONY: setup configure build demo test bench fuzz format clean
 
@@ -31,6 +32,7 @@ build: configure
 
 demo: build
 	$(BUILD_DIR)/bin/oxdae info samples/scene.dae
+	$(BUILD_DIR)/bin/oxdae tree samples/scene.dae
 
 test: build
 	ctest --test-dir $(BUILD_DIR) --output-on-failure -j $(JOBS)
@@ -40,6 +42,7 @@ bench: setup
 	cmake -S . -B build/bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DOX_BUILD_BENCH=ON -DOX_BUILD_TESTS=OFF
 	cmake --build build/bench -j $(JOBS)
 	build/bench/bin/oxdae_load_bench $(BENCH_ARGS)
+	build/bench/bin/oxdae_scene_bench $(SCENE_BENCH_ARGS)
 
 fuzz: setup
 	CXX=clang++ cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DOX_BUILD_FUZZ=ON -DOX_BUILD_TESTS=OFF

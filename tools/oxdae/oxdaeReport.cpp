@@ -1,8 +1,8 @@
 #include "oxdaeReport.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cstdio>
+#include <cmath>
+#include <utility>
 
 namespace oxdae {
 
@@ -60,49 +60,88 @@ void AddGeometries(Report& report, const oxDAELibrary& library) {
   }
 }
 
-std::string Number(double value) {
-  char buf[64];
-  const int n = std::snprintf(buf, sizeof buf, "%.3f", value);
-  return std::string(buf, n > 0 ? static_cast<size_t>(n) : 0);
+// The number of node levels under `scene`, walked with a list of pending
+// nodes rather than the call stack, whatever the depth.
+uint64_t SceneDepth(const oxDAEVisualScene* scene) {
+  if (!scene) return 0;
+  std::vector<std::pair<const oxDAENode*, uint64_t>> pending;
+  for (const oxDAENode* node : scene->nodes)
+    pending.emplace_back(node, 1);
+  uint64_t depth = 0;
+  while (!pending.empty()) {
+    const auto [node, level] = pending.back();
+    pending.pop_back();
+    depth = std::max(depth, level);
+    for (const oxDAENode* child : node->nodes)
+      pending.emplace_back(child, level + 1);
+  }
+  return depth;
 }
 
-std::string Number(float value) {
-  char buf[32];
-  return std::string(buf,
-                     static_cast<size_t>(std::to_chars(buf, buf + sizeof buf, value).ptr - buf));
+void CountLight(LightCounts& lights, const oxDAELight& light) {
+  switch (light.techniqueCommon ? light.techniqueCommon->type : EToken::NONE) {
+    case EToken::AMBIENT:
+      ++lights.ambient;
+      return;
+    case EToken::DIRECTIONAL:
+      ++lights.directional;
+      return;
+    case EToken::POINT:
+      ++lights.point;
+      return;
+    case EToken::SPOT:
+      ++lights.spot;
+      return;
+    default:
+      ++lights.other;
+  }
 }
 
-std::string Quoted(const std::string& text) {
-  std::string out(1, '"');
-  for (const unsigned char c : text) {
-    switch (c) {
-      case '"':
-        out += "\\\"";
-        break;
-      case '\\':
-        out += "\\\\";
-        break;
-      case '\n':
-        out += "\\n";
-        break;
-      case '\r':
-        out += "\\r";
-        break;
-      case '\t':
-        out += "\\t";
-        break;
-      default:
-        if (c < 0x20) {
-          char buf[8];
-          std::snprintf(buf, sizeof buf, "\\u%04x", c);
-          out += buf;
-        } else {
-          out += static_cast<char>(c);
-        }
+void CountCamera(CameraCounts& cameras, const oxDAECamera& camera) {
+  using EType = oxDAEOpticsTechniqueCommon::EType;
+  const oxDAEOpticsTechniqueCommon* common =
+      camera.optics ? camera.optics->techniqueCommon : nullptr;
+  const EType type = common ? common->type : EType::NONE;
+  if (type == EType::PERSPECTIVE) {
+    ++cameras.perspective;
+  } else if (type == EType::ORTHOGRAPHIC) {
+    ++cameras.orthographic;
+  } else {
+    ++cameras.other;
+  }
+}
+
+// Counts the scene-graph and animation elements, one pass over the document.
+void CountElements(Report& report, const oxDAEFile& document) {
+  for (const auto& element : document.GetElements()) {
+    const oxDAEBaseElement* e = element.get();
+    if (oxDAENode::DynamicCast(e)) {
+      ++report.nodes;
+    } else if (const oxDAELight* light = oxDAELight::DynamicCast(e)) {
+      CountLight(report.lights, *light);
+    } else if (const oxDAECamera* camera = oxDAECamera::DynamicCast(e)) {
+      CountCamera(report.cameras, *camera);
+    } else if (oxDAEAnimation::DynamicCast(e)) {
+      ++report.animations;
+    } else if (const oxDAEChannel* channel = oxDAEChannel::DynamicCast(e)) {
+      ++report.channels;
+      if (channel->target) ++report.boundChannels;
+    } else if (oxDAEAnimationClip::DynamicCast(e)) {
+      ++report.clips;
     }
   }
-  out += '"';
-  return out;
+  report.sceneDepth = SceneDepth(DefaultVisualScene(document));
+}
+
+// Milliseconds with three decimals.
+double Milliseconds(double seconds) {
+  return std::round(seconds * 1e6) / 1e3;
+}
+
+std::string MillisecondsText(double seconds) {
+  char text[64];
+  const int n = std::snprintf(text, sizeof text, "%.3f", seconds * 1000.0);
+  return std::string(text, n > 0 ? static_cast<size_t>(n) : 0);
 }
 
 }  // namespace
@@ -128,6 +167,7 @@ Report BuildReport(const oxDAEFile& document, const std::string& file) {
   }
   if (root->scene && root->scene->instanceVisualScene)
     report.sceneURL = root->scene->instanceVisualScene->url;
+  CountElements(report, document);
   return report;
 }
 
@@ -139,16 +179,40 @@ void Put(std::string& out, const Parts&... parts) {
   out += OxKernel::oxConcat(parts...);
 }
 
-template <class Items, class Each>
-void PutList(std::string& out, const Items& items, Each&& each) {
-  for (size_t i = 0; i < items.size(); ++i) {
-    if (i) out += ',';
-    each(items[i]);
+// "N" alone, or "N (a kind1, b kind2)" naming the kinds that occur.
+std::string Breakdown(std::initializer_list<std::pair<const char*, uint64_t>> kinds) {
+  uint64_t total = 0;
+  std::string parts;
+  for (const auto& [kind, count] : kinds) {
+    if (count == 0) continue;
+    total += count;
+    if (!parts.empty()) parts += ", ";
+    Put(parts, count, " ", kind);
   }
+  return parts.empty() ? "0" : OxKernel::oxConcat(total, " (", parts, ")");
 }
 
-std::string OrNull(const std::string& text) {
-  return text.empty() ? "null" : Quoted(text);
+std::string Quoted(const std::string& text) {
+  return Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+void PutSceneGraph(std::string& out, const Report& r) {
+  Put(out, "nodes: ", r.nodes, ", scene depth ", r.sceneDepth, "\n");
+  const LightCounts& l = r.lights;
+  Put(out, "lights: ",
+      Breakdown({{"ambient", l.ambient},
+                 {"directional", l.directional},
+                 {"point", l.point},
+                 {"spot", l.spot},
+                 {"other", l.other}}),
+      "\n");
+  const CameraCounts& c = r.cameras;
+  Put(out, "cameras: ",
+      Breakdown(
+          {{"perspective", c.perspective}, {"orthographic", c.orthographic}, {"other", c.other}}),
+      "\n");
+  Put(out, "animations: ", r.animations, ", channels: ", r.boundChannels, " of ", r.channels,
+      " bound, clips: ", r.clips, "\n");
 }
 
 }  // namespace
@@ -159,7 +223,8 @@ std::string FormatText(const Report& r) {
   if (r.hasAsset) {
     Put(out, "asset:\n  authoring tool: ", Quoted(r.authoringTool), " (code ", r.authoringToolCode,
         ", version ", r.authoringToolVersion, ")\n");
-    Put(out, "  unit: ", r.unitName, " (", Number(r.unitMeter), " m)\n  up axis: ", r.upAxis, "\n");
+    Put(out, "  unit: ", r.unitName, " (", NumberText(r.unitMeter), " m)\n  up axis: ", r.upAxis,
+        "\n");
   } else {
     Put(out, "asset: none\n");
   }
@@ -167,6 +232,7 @@ std::string FormatText(const Report& r) {
   for (const LibraryReport& l : r.libraries)
     Put(out, "  ", l.tag, ": ", l.elements, "\n");
   Put(out, "scene: ", r.sceneURL.empty() ? "none" : r.sceneURL, "\n");
+  PutSceneGraph(out, r);
   if (!r.geometries.empty()) Put(out, "geometries:\n");
   for (const GeometryReport& g : r.geometries) {
     Put(out, "  ", g.id, ": ", g.indexValues, " index values\n");
@@ -179,42 +245,68 @@ std::string FormatText(const Report& r) {
     }
   }
   Put(out, "total: ", r.totalVertices, " vertices, ", r.totalIndexValues, " index values\n");
-  Put(out, "load time: ", Number(r.loadSeconds * 1000.0), " ms\n");
+  Put(out, "load time: ", MillisecondsText(r.loadSeconds), " ms\n");
   Put(out, "log: ", r.warnings, " warning(s), ", r.errors, " error(s)\n");
   return out;
 }
 
-std::string FormatJSON(const Report& r) {
-  std::string out;
-  Put(out, "{\"file\":", Quoted(r.file), ",\"version\":", Quoted(r.version));
-  if (r.hasAsset) {
-    Put(out, ",\"asset\":{\"authoringTool\":", Quoted(r.authoringTool),
-        ",\"authoringToolCode\":", r.authoringToolCode,
-        ",\"authoringToolVersion\":", Quoted(r.authoringToolVersion),
-        ",\"unit\":{\"name\":", Quoted(r.unitName), ",\"meter\":", Number(r.unitMeter),
-        "},\"upAxis\":", Quoted(r.upAxis), "}");
+namespace {
+
+Json GeometryJSON(const GeometryReport& g) {
+  Json primitives = Json::array();
+  for (const PrimitiveKindReport& p : g.primitives)
+    primitives.push_back({{"kind", p.kind}, {"elements", p.elements}, {"count", p.count}});
+  Json sources = Json::array();
+  for (const SourceReport& s : g.sources) {
+    sources.push_back({{"id", s.id},
+                       {"arrayType", JsonText(s.arrayType)},
+                       {"count", s.count},
+                       {"stride", s.stride}});
   }
-  Put(out, ",\"libraries\":[");
-  PutList(out, r.libraries, [&out](const LibraryReport& l) {
-    Put(out, "{\"tag\":", Quoted(l.tag), ",\"elements\":", l.elements, "}");
-  });
-  Put(out, "],\"scene\":", OrNull(r.sceneURL), ",\"geometries\":[");
-  PutList(out, r.geometries, [&out](const GeometryReport& g) {
-    Put(out, "{\"id\":", Quoted(g.id), ",\"indexValues\":", g.indexValues, ",\"primitives\":[");
-    PutList(out, g.primitives, [&out](const PrimitiveKindReport& p) {
-      Put(out, "{\"kind\":", Quoted(p.kind), ",\"elements\":", p.elements, ",\"count\":", p.count,
-          "}");
-    });
-    Put(out, "],\"sources\":[");
-    PutList(out, g.sources, [&out](const SourceReport& s) {
-      Put(out, "{\"id\":", Quoted(s.id), ",\"arrayType\":", OrNull(s.arrayType),
-          ",\"count\":", s.count, ",\"stride\":", s.stride, "}");
-    });
-    Put(out, "]}");
-  });
-  Put(out, "],\"totalVertices\":", r.totalVertices, ",\"totalIndexValues\":", r.totalIndexValues,
-      ",\"loadMilliseconds\":", Number(r.loadSeconds * 1000.0), ",\"warnings\":", r.warnings,
-      ",\"errors\":", r.errors, "}\n");
+  return {{"id", g.id},
+          {"indexValues", g.indexValues},
+          {"primitives", std::move(primitives)},
+          {"sources", std::move(sources)}};
+}
+
+}  // namespace
+
+Json FormatJSON(const Report& r) {
+  Json out = {{"file", r.file}, {"version", r.version}};
+  if (r.hasAsset) {
+    out["asset"] = {{"authoringTool", r.authoringTool},
+                    {"authoringToolCode", r.authoringToolCode},
+                    {"authoringToolVersion", r.authoringToolVersion},
+                    {"unit", {{"name", r.unitName}, {"meter", JsonNumber(r.unitMeter)}}},
+                    {"upAxis", r.upAxis}};
+  }
+  Json libraries = Json::array();
+  for (const LibraryReport& l : r.libraries)
+    libraries.push_back({{"tag", l.tag}, {"elements", l.elements}});
+  out["libraries"] = std::move(libraries);
+  out["scene"] = JsonText(r.sceneURL);
+  out["nodes"] = r.nodes;
+  out["sceneDepth"] = r.sceneDepth;
+  out["lights"] = {{"ambient", r.lights.ambient},
+                   {"directional", r.lights.directional},
+                   {"point", r.lights.point},
+                   {"spot", r.lights.spot},
+                   {"other", r.lights.other}};
+  out["cameras"] = {{"perspective", r.cameras.perspective},
+                    {"orthographic", r.cameras.orthographic},
+                    {"other", r.cameras.other}};
+  out["animations"] = r.animations;
+  out["channels"] = {{"bound", r.boundChannels}, {"total", r.channels}};
+  out["clips"] = r.clips;
+  Json geometries = Json::array();
+  for (const GeometryReport& g : r.geometries)
+    geometries.push_back(GeometryJSON(g));
+  out["geometries"] = std::move(geometries);
+  out["totalVertices"] = r.totalVertices;
+  out["totalIndexValues"] = r.totalIndexValues;
+  out["loadMilliseconds"] = Milliseconds(r.loadSeconds);
+  out["warnings"] = r.warnings;
+  out["errors"] = r.errors;
   return out;
 }
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include <oxDAEReadWrite/oxDAEReadWrite.h>
+#include "commands/oxdaeCommand.h"
 
 namespace oxdae {
 
@@ -35,6 +35,24 @@ struct LibraryReport {
   uint64_t elements = 0;
 };
 
+// Lights by the type of their common technique; "other" counts lights
+// without one (or of a type the technique does not name).
+struct LightCounts {
+  uint64_t ambient = 0;
+  uint64_t directional = 0;
+  uint64_t point = 0;
+  uint64_t spot = 0;
+  uint64_t other = 0;
+};
+
+// Cameras by the projection of their optics; "other" counts cameras without
+// a common technique or projection.
+struct CameraCounts {
+  uint64_t perspective = 0;
+  uint64_t orthographic = 0;
+  uint64_t other = 0;
+};
+
 struct Report {
   std::string file;
   std::string version;
@@ -46,7 +64,15 @@ struct Report {
   float unitMeter = 1.0f;
   std::string upAxis;
   std::vector<LibraryReport> libraries;
-  std::string sceneURL;  // empty without <scene>
+  std::string sceneURL;     // empty without <scene>
+  uint64_t nodes = 0;       // every <node> of the document, library nodes included
+  uint64_t sceneDepth = 0;  // node levels of the visual scene "tree" shows by default
+  LightCounts lights;
+  CameraCounts cameras;
+  uint64_t animations = 0;  // nested animations included
+  uint64_t channels = 0;
+  uint64_t boundChannels = 0;  // channels bound to an animatable value
+  uint64_t clips = 0;
   std::vector<GeometryReport> geometries;
   uint64_t totalVertices = 0;     // POSITION records of every mesh
   uint64_t totalIndexValues = 0;  // values of every <p> list
@@ -57,6 +83,6 @@ struct Report {
 
 Report BuildReport(const OxDAEReader::oxDAEFile& document, const std::string& file);
 std::string FormatText(const Report& report);
-std::string FormatJSON(const Report& report);
+Json FormatJSON(const Report& report);
 
 }  // namespace oxdae

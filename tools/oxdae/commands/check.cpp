@@ -1,0 +1,139 @@
+// oxdae check FILE [--json]: what to fix before shipping a document. Lists,
+// in document order, every element whose reference did not resolve, and
+// counts the errors and warnings logged while loading.
+//
+// An element is listed when its reference text is not empty and either its
+// update after loading reported a code (the document's unresolved list), or
+// it is an instance still without a target whose url names nothing (code
+// -1: an instance controller reports success even when its url names
+// nothing). The
+// reference shown is the text that failed: an instance's url, an instance
+// material's target, a channel's source when it has no sampler and else its
+// target path, the first skeleton of an instance controller that named no
+// node.
+//
+// Exit status: 0 when nothing is listed and no error was logged, 3
+// otherwise, 1 when the document cannot be read.
+#include <algorithm>
+#include <unordered_map>
+
+#include "commands/oxdaeCommand.h"
+
+namespace oxdae {
+
+namespace {
+
+using namespace OxDAEReader;
+
+struct CheckOptions {
+  std::string file;
+  bool json = false;
+};
+
+struct Finding {
+  const oxDAEBaseElement* element = nullptr;
+  oxString reference;
+  int code = 0;
+};
+
+// The reference text of an element whose update reported a code. Elements
+// of other classes report theirs without a text the tool knows how to read:
+// they are listed with an empty reference.
+oxString FailedReference(const oxDAEBaseElement& element) {
+  if (const auto* controller = oxDAEInstanceController::DynamicCast(&element)) {
+    // Skeletons resolve in order and stop at the first that names no node.
+    const size_t failed = controller->skeletonNodes.size();
+    if (failed < controller->skeletons.size()) return controller->skeletons[failed];
+    return controller->url;
+  }
+  if (const auto* instance = oxDAEInstance::DynamicCast(&element)) return instance->url;
+  if (const auto* material = oxDAEInstanceMaterial::DynamicCast(&element)) return material->target;
+  if (const auto* channel = oxDAEChannel::DynamicCast(&element))
+    return channel->sampler ? channel->targetPath : channel->source;
+  return {};
+}
+
+bool HoldsReference(const oxDAEBaseElement& element) {
+  return oxDAEInstance::DynamicCast(&element) || oxDAEInstanceMaterial::DynamicCast(&element) ||
+         oxDAEChannel::DynamicCast(&element);
+}
+
+std::vector<Finding> FindUnresolved(const oxDAEFile& document) {
+  std::unordered_multimap<const oxDAEBaseElement*, int> reported;
+  for (const oxDAEFile::Unresolved& u : document.GetUnresolved())
+    reported.emplace(u.element, u.code);
+  std::vector<Finding> findings;
+  for (const auto& owned : document.GetElements()) {
+    const oxDAEBaseElement* element = owned.get();
+    const size_t ownFindings = findings.size();
+    const auto [first, last] = reported.equal_range(element);
+    for (auto it = first; it != last; ++it) {
+      Finding f{element, FailedReference(*element), it->second};
+      if (f.reference.empty() && HoldsReference(*element)) continue;
+      findings.push_back(std::move(f));
+    }
+    const oxDAEInstance* instance = oxDAEInstance::DynamicCast(element);
+    if (!instance || instance->target || instance->url.empty()) continue;
+    // An instance controller whose skeleton failed never bound its url,
+    // which may still name an element: only a url that names nothing is a
+    // finding.
+    if (document.ResolveURI(instance->url)) continue;
+    const bool listed =
+        std::any_of(findings.begin() + ownFindings, findings.end(),
+                    [instance](const Finding& f) { return f.reference == instance->url; });
+    if (!listed) findings.push_back({element, instance->url, kDAEUnresolved});
+  }
+  return findings;
+}
+
+Json CheckJSON(const std::vector<Finding>& findings, const LogCounter& log) {
+  Json unresolved = Json::array();
+  for (const Finding& f : findings) {
+    unresolved.push_back({{"element", JsonText(oxString(f.element->GetXMLTag()))},
+                          {"owner", JsonText(f.element->GetParentingPath())},
+                          {"reference", JsonText(f.reference)},
+                          {"code", f.code}});
+  }
+  return {
+      {"unresolved", std::move(unresolved)}, {"errors", log.errors}, {"warnings", log.warnings}};
+}
+
+// One line per finding: "TAG in OWNER: REFERENCE (code N)", then the totals.
+std::string CheckText(const std::vector<Finding>& findings, const LogCounter& log) {
+  std::string text;
+  for (const Finding& f : findings) {
+    const oxString owner = f.element->GetParentingPath();
+    text += OxKernel::oxConcat(f.element->GetXMLTag(), " in ", owner.empty() ? "(no id)" : owner,
+                               ": ", f.reference.empty() ? "(no reference)" : f.reference,
+                               " (code ", f.code, ")\n");
+  }
+  text += OxKernel::oxConcat(findings.size(), " unresolved, ", log.errors, " error(s), ",
+                             log.warnings, " warning(s)\n");
+  return text;
+}
+
+int RunCheck(const CheckOptions& options) {
+  LogCounter log;
+  oxDAEFile document;
+  if (!LoadDocument(document, options.file, log)) return kExitFailure;
+  const std::vector<Finding> findings = FindUnresolved(document);
+  if (options.json) {
+    PrintJSON(CheckJSON(findings, log));
+  } else {
+    PrintText(CheckText(findings, log));
+  }
+  return findings.empty() && log.errors == 0 ? kExitOK : kExitFindings;
+}
+
+}  // namespace
+
+Command AddCheck(CLI::App& tool) {
+  auto options = std::make_shared<CheckOptions>();
+  CLI::App* command = tool.add_subcommand(
+      "check", "List unresolved references, count logged errors (exit status 3 if any).");
+  command->add_option("FILE", options->file, "the COLLADA document")->required();
+  command->add_flag("--json", options->json, "print the findings as one JSON object");
+  return {command, [options] { return RunCheck(*options); }};
+}
+
+}  // namespace oxdae

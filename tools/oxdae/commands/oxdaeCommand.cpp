@@ -1,0 +1,150 @@
+#include "commands/oxdaeCommand.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+
+namespace oxdae {
+
+using namespace OxDAEReader;
+
+LogCounter::LogCounter() : m_sink([this](const OxKernel::oxLogRecord& r) { Receive(r); }) {}
+
+LogCounter::~LogCounter() {
+  PrintHeld();
+}
+
+int LogCounter::Attempt(const std::function<int()>& operation, std::string& failure) {
+  m_holding = true;
+  const int rc = operation();
+  m_holding = false;
+  failure.clear();
+  if (rc != 0 && m_held) {
+    failure = m_held->text;
+    m_held.reset();
+  }
+  PrintHeld();
+  return rc;
+}
+
+void LogCounter::Receive(const OxKernel::oxLogRecord& record) {
+  if (record.level == OxKernel::kLogError) ++errors;
+  if (record.level == OxKernel::kLogWarning) ++warnings;
+  PrintHeld();
+  if (m_holding && record.level == OxKernel::kLogError) {
+    // The record's text only lives during this call.
+    m_held = HeldRecord{record, std::string(record.text)};
+    return;
+  }
+  OxKernel::oxLog::DefaultSink(record);
+}
+
+void LogCounter::PrintHeld() {
+  if (!m_held) return;
+  OxKernel::oxLogRecord record = m_held->record;
+  record.text = m_held->text;
+  OxKernel::oxLog::DefaultSink(record);
+  m_held.reset();
+}
+
+void PrintToolLine(const std::string& text) {
+  std::fprintf(stderr, "oxdae: %s\n", text.c_str());
+}
+
+void PrintText(const std::string& text) {
+  std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+void PrintJSON(const Json& value) {
+  PrintText(value.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
+}
+
+namespace {
+
+// The one line of a failed load or save: the reason the reader or writer
+// logged, which names the file in most cases ("cannot open 'x.dae': ..."),
+// else the file and the reason; `fallback` when nothing was logged.
+void PrintFailure(const std::string& file, const std::string& logged, const std::string& fallback) {
+  const std::string& reason = logged.empty() ? fallback : logged;
+  PrintToolLine(reason.find(file) != std::string::npos ? reason : file + ": " + reason);
+}
+
+}  // namespace
+
+bool LoadDocument(oxDAEFile& document, const std::string& file, LogCounter& log) {
+  std::string failure;
+  const int rc = log.Attempt([&] { return document.Load(OxKernel::oxURI(file)); }, failure);
+  if (rc == 0) return true;
+  PrintFailure(file, failure, "cannot be read (code " + std::to_string(rc) + ")");
+  return false;
+}
+
+bool SaveDocument(oxDAEFile& document, const std::string& file, LogCounter& log) {
+  std::string failure;
+  const int rc = log.Attempt([&] { return document.Save(OxKernel::oxURI(file)); }, failure);
+  if (rc == 0) return true;
+  PrintFailure(file, failure, "cannot be written (code " + std::to_string(rc) + ")");
+  return false;
+}
+
+std::string NumberText(float value) {
+  // The sign of a NaN means nothing to a reader.
+  if (std::isnan(value)) return "nan";
+  char text[32];
+  const std::to_chars_result written = std::to_chars(text, text + sizeof text, value);
+  return std::string(text, written.ptr);
+}
+
+Json JsonNumber(float value) {
+  if (!std::isfinite(value)) return nullptr;
+  // The double nearest to the float's shortest text is written back as that
+  // same text, where the float widened to double would show its binary
+  // expansion (0.1f as 0.10000000149011612).
+  const std::string text = NumberText(value);
+  double shortest = 0.0;
+  std::from_chars(text.data(), text.data() + text.size(), shortest);
+  return shortest;
+}
+
+Json JsonMatrix(const OxMath::oxMatrix44& matrix) {
+  Json values = Json::array();
+  for (const float value : matrix.m)
+    values.push_back(JsonNumber(value));
+  return values;
+}
+
+Json JsonText(const OxKernel::oxString& text) {
+  if (text.empty()) return nullptr;
+  return text;
+}
+
+CLI::Option* AddTimeOption(CLI::App& command, float& time, bool required) {
+  const CLI::Validator finite(
+      [](std::string& text) -> std::string {
+        float value = 0.0f;
+        const char* end = text.data() + text.size();
+        const std::from_chars_result read = std::from_chars(text.data(), end, value);
+        if (read.ec != std::errc() || read.ptr != end || !std::isfinite(value))
+          return "not a finite number: " + text;
+        return {};
+      },
+      "SECONDS");
+  CLI::Option* option =
+      command.add_option("--time", time, "the time to evaluate at, in seconds")->check(finite);
+  if (required) option->required();
+  return option;
+}
+
+const oxDAEVisualScene* DefaultVisualScene(const oxDAEFile& document) {
+  const oxDAEColladaElement* root = document.GetRoot();
+  if (root && root->scene && root->scene->instanceVisualScene) {
+    const oxDAEBaseElement* target = root->scene->instanceVisualScene->target;
+    if (const oxDAEVisualScene* scene = oxDAEVisualScene::DynamicCast(target)) return scene;
+  }
+  for (const auto& element : document.GetElements()) {
+    if (const oxDAEVisualScene* scene = oxDAEVisualScene::DynamicCast(element.get())) return scene;
+  }
+  return nullptr;
+}
+
+}  // namespace oxdae

@@ -1,0 +1,30 @@
+// oxdae resave IN OUT: loads IN and writes it back as OUT.
+#include "commands/oxdaeCommand.h"
+
+namespace oxdae {
+
+namespace {
+
+struct ResaveOptions {
+  std::string in;
+  std::string out;
+};
+
+int RunResave(const ResaveOptions& options) {
+  LogCounter log;
+  OxDAEReader::oxDAEFile document;
+  if (!LoadDocument(document, options.in, log)) return kExitFailure;
+  return SaveDocument(document, options.out, log) ? kExitOK : kExitFailure;
+}
+
+}  // namespace
+
+Command AddResave(CLI::App& tool) {
+  auto options = std::make_shared<ResaveOptions>();
+  CLI::App* command = tool.add_subcommand("resave", "Load a document and save it again.");
+  command->add_option("IN", options->in, "the COLLADA document to read")->required();
+  command->add_option("OUT", options->out, "the file to write")->required();
+  return {command, [options] { return RunResave(*options); }};
+}
+
+}  // namespace oxdae

@@ -1,0 +1,280 @@
+// oxdae tree FILE [--scene ID] [--time T [--animation ID]] [--json]: the
+// nodes of one visual scene, depth first in document order, with their
+// transforms, instances and matrices.
+//
+// The visual scene is the one named by --scene, else the one <scene>
+// instances, else the first of the document. A node's local matrix is its
+// static one; with --time it is evaluated at T under the animation named by
+// --animation, or else under the first animation of the document (nested
+// ones included) that drives any of the node's transforms. The world matrix
+// composes the local one with the parent's world matrix as transforms
+// compose: world.MultiplyAB(parentWorld, local).
+//
+// Nodes are walked with a list of pending nodes, not the call stack, so the
+// deepest hierarchy the reader keeps costs no stack.
+#include <algorithm>
+#include <cmath>
+
+#include "commands/oxdaeCommand.h"
+
+namespace oxdae {
+
+namespace {
+
+using namespace OxDAEReader;
+using OxMath::oxMatrix44;
+using Transform = oxDAEHierarchyElement::TransformElement;
+
+struct TreeOptions {
+  std::string file;
+  std::string scene;
+  std::string animation;
+  float time = 0.0f;
+  bool timed = false;
+  bool json = false;
+};
+
+// One node as the walk reaches it.
+struct NodeVisit {
+  const oxDAENode* node = nullptr;
+  size_t depth = 0;  // 0 for the visual scene's own nodes
+  oxMatrix44 local;
+  oxMatrix44 world;
+};
+
+// How local matrices are evaluated.
+class LocalMatrices {
+ public:
+  LocalMatrices(const oxDAEFile& document, const TreeOptions& options, const oxDAEAnimation* chosen)
+      : m_animations(AllOf<oxDAEAnimation>(document)), m_options(options), m_chosen(chosen) {}
+
+  oxMatrix44 Of(const oxDAENode& node) const {
+    if (!m_options.timed) return node.ComputeLocalMatrix();
+    return node.ComputeLocalMatrix(m_options.time, m_chosen ? m_chosen : DrivingAnimation(node));
+  }
+
+  // True when some animation of the document drives `transform`.
+  bool IsAnimated(const Transform& transform) const {
+    return std::any_of(m_animations.begin(), m_animations.end(),
+                       [&transform](const oxDAEAnimation* a) { return transform.IsAnimated(a); });
+  }
+
+ private:
+  // The first animation that drives one of the node's transforms, or null.
+  const oxDAEAnimation* DrivingAnimation(const oxDAENode& node) const {
+    for (const oxDAEAnimation* animation : m_animations) {
+      for (const auto& transform : node.transforms) {
+        if (transform->IsAnimated(animation)) return animation;
+      }
+    }
+    return nullptr;
+  }
+
+  std::vector<const oxDAEAnimation*> m_animations;
+  const TreeOptions& m_options;
+  const oxDAEAnimation* m_chosen;
+};
+
+// Calls `visit` for every node of `scene`, depth first in document order.
+template <class Visitor>
+void WalkScene(const oxDAEVisualScene& scene, const LocalMatrices& locals, Visitor&& visit) {
+  struct Pending {
+    const oxDAENode* node;
+    size_t depth;
+    oxMatrix44 parentWorld;
+  };
+  std::vector<Pending> pending;
+  for (auto it = scene.nodes.rbegin(); it != scene.nodes.rend(); ++it)
+    pending.push_back({*it, 0, oxMatrix44::kIdentity});
+  while (!pending.empty()) {
+    const Pending next = pending.back();
+    pending.pop_back();
+    NodeVisit v{next.node, next.depth, locals.Of(*next.node), {}};
+    v.world.MultiplyAB(next.parentWorld, v.local);
+    visit(v);
+    for (auto it = v.node->nodes.rbegin(); it != v.node->nodes.rend(); ++it)
+      pending.push_back({*it, v.depth + 1, v.world});
+  }
+}
+
+// --- JSON ------------------------------------------------------------------------
+
+Json TransformsJSON(const oxDAENode& node, const LocalMatrices& locals) {
+  Json transforms = Json::array();
+  for (const auto& t : node.transforms) {
+    transforms.push_back(
+        {{"kind", t->GetXMLTag()}, {"sid", JsonText(t->sid)}, {"animated", locals.IsAnimated(*t)}});
+  }
+  return transforms;
+}
+
+Json InstancesJSON(const oxDAENode& node) {
+  Json instances = Json::array();
+  for (const oxDAEInstance* instance : node.instances) {
+    instances.push_back({{"kind", JsonText(oxString(instance->GetXMLTag()))},
+                         {"url", JsonText(instance->url)},
+                         {"resolved", instance->target != nullptr}});
+  }
+  return instances;
+}
+
+Json NodeJSON(const NodeVisit& v, const LocalMatrices& locals) {
+  const oxDAENode& node = *v.node;
+  return {{"id", JsonText(node.id)},
+          {"name", JsonText(node.name)},
+          {"sid", JsonText(node.sid)},
+          {"type", JsonText(oxDAEFile::_GetTokenString(node.type))},
+          {"local", JsonMatrix(v.local)},
+          {"world", JsonMatrix(v.world)},
+          {"transforms", TransformsJSON(node, locals)},
+          {"instances", InstancesJSON(node)},
+          {"children", Json::array()}};
+}
+
+Json TreeJSON(const oxDAEVisualScene* scene, const LocalMatrices& locals) {
+  Json out = {{"visual_scene", scene ? JsonText(scene->id) : Json()}, {"nodes", Json::array()}};
+  if (!scene) return out;
+  // levels[d] is the array that takes the nodes of depth d. The arrays live
+  // inside objects that are complete but for their children, and nested
+  // values do not move when the array holding their object grows.
+  std::vector<Json*> levels{&out["nodes"]};
+  WalkScene(*scene, locals, [&](const NodeVisit& v) {
+    levels.resize(v.depth + 1);
+    Json& object = levels[v.depth]->emplace_back(NodeJSON(v, locals));
+    levels.push_back(&object["children"]);
+  });
+  return out;
+}
+
+// --- Text ------------------------------------------------------------------------
+
+std::string NodeLabel(const oxDAENode& node) {
+  if (!node.id.empty()) return node.id;
+  if (!node.name.empty()) return node.name;
+  return "(no id)";
+}
+
+std::string TransformsText(const oxDAENode& node, const LocalMatrices& locals) {
+  std::string text;
+  for (const auto& t : node.transforms) {
+    if (!text.empty()) text += ", ";
+    text += t->GetXMLTag();
+    const bool animated = locals.IsAnimated(*t);
+    if (t->sid.empty() && !animated) continue;
+    text += " (";
+    text += t->sid;
+    if (animated) text += t->sid.empty() ? "animated" : ", animated";
+    text += ")";
+  }
+  return text;
+}
+
+std::string InstancesText(const oxDAENode& node) {
+  std::string text;
+  for (const oxDAEInstance* instance : node.instances) {
+    if (!text.empty()) text += ", ";
+    text += OxKernel::oxConcat(instance->GetXMLTag(), " ", instance->url);
+    if (instance->url.empty()) {
+      text += "(no url)";
+    } else if (!instance->target) {
+      text += " (unresolved)";
+    }
+  }
+  return text;
+}
+
+// The four rows of the local matrix `m`, each column right-aligned; one line
+// saying so for the identity.
+std::string MatrixText(const std::string& indent, const oxMatrix44& m) {
+  if (m == oxMatrix44::kIdentity) return indent + "local: identity\n";
+  std::string cells[16];
+  size_t widths[4] = {};
+  for (int i = 0; i < 16; ++i) {
+    // "-0" reads as a sign error to a person; the JSON form keeps it.
+    cells[i] = NumberText(m.m[i] == 0.0f ? 0.0f : m.m[i]);
+    widths[i % 4] = std::max(widths[i % 4], cells[i].size());
+  }
+  std::string text;
+  for (int row = 0; row < 4; ++row) {
+    text += indent + (row == 0 ? "local: " : "       ");
+    for (int column = 0; column < 4; ++column) {
+      const std::string& cell = cells[row * 4 + column];
+      text += std::string(widths[column] - cell.size() + (column ? 2 : 0), ' ') + cell;
+    }
+    text += "\n";
+  }
+  return text;
+}
+
+std::string TreeText(const oxDAEVisualScene* scene, const LocalMatrices& locals) {
+  if (!scene) return "no visual scene\n";
+  std::string text = "visual scene " + (scene->id.empty() ? "(no id)" : scene->id) + "\n";
+  WalkScene(*scene, locals, [&](const NodeVisit& v) {
+    const std::string indent(2 * v.depth, ' ');
+    const std::string inner = indent + "  ";
+    text += OxKernel::oxConcat(indent, NodeLabel(*v.node), " [",
+                               oxDAEFile::_GetTokenString(v.node->type), "]\n");
+    const std::string transforms = TransformsText(*v.node, locals);
+    if (!transforms.empty()) text += inner + "transforms: " + transforms + "\n";
+    const std::string instances = InstancesText(*v.node);
+    if (!instances.empty()) text += inner + "instances: " + instances + "\n";
+    text += MatrixText(inner, v.local);
+  });
+  return text;
+}
+
+// --- Command ---------------------------------------------------------------------
+
+int RunTree(const TreeOptions& options) {
+  LogCounter log;
+  oxDAEFile document;
+  if (!LoadDocument(document, options.file, log)) return kExitFailure;
+  const oxDAEVisualScene* scene = DefaultVisualScene(document);
+  if (!options.scene.empty()) {
+    scene = FindByID<oxDAEVisualScene>(document, options.scene);
+    if (!scene) {
+      PrintToolLine(options.file + ": no visual scene with id '" + options.scene + "'");
+      return kExitFailure;
+    }
+  }
+  const oxDAEAnimation* animation = nullptr;
+  if (!options.animation.empty()) {
+    animation = FindByID<oxDAEAnimation>(document, options.animation);
+    if (!animation) {
+      PrintToolLine(options.file + ": no animation with id '" + options.animation + "'");
+      return kExitFailure;
+    }
+  }
+  const LocalMatrices locals(document, options, animation);
+  if (options.json) {
+    PrintJSON(TreeJSON(scene, locals));
+  } else {
+    PrintText(TreeText(scene, locals));
+  }
+  return kExitOK;
+}
+
+}  // namespace
+
+Command AddTree(CLI::App& tool) {
+  auto options = std::make_shared<TreeOptions>();
+  CLI::App* command = tool.add_subcommand(
+      "tree", "Show a visual scene's nodes with transforms, instances and matrices.");
+  command->add_option("FILE", options->file, "the COLLADA document")->required();
+  command->add_option("--scene", options->scene,
+                      "the id of the visual scene (default: the one <scene> names, else the "
+                      "first)");
+  CLI::Option* time = AddTimeOption(*command, options->time, false);
+  command
+      ->add_option("--animation", options->animation,
+                   "the id of the animation to evaluate (default: per node, the first that "
+                   "drives it)")
+      ->needs(time);
+  command->add_flag("--json", options->json, "print the tree as one JSON object");
+  return {command, [options, time] {
+            options->timed = time->count() > 0;
+            return RunTree(*options);
+          }};
+}
+
+}  // namespace oxdae
