@@ -569,13 +569,13 @@ TEST(Cli, TreeAtATimeUnderOneAnimation) {
 }
 
 TEST(Cli, TreeOfTheDeepestHierarchyTheReaderKeeps) {
-  // 2000 nested nodes, each moved by 1 along x. The reader keeps 998 of them
+  // 100,000 nested nodes, each moved by 1 along x. The reader keeps 998 of them
   // (1000 element levels) and skips the content of the deepest, its translate
   // included.
   std::string body = "<library_visual_scenes><visual_scene id=\"vs\">";
-  for (int i = 0; i < 2000; ++i)
+  for (int i = 0; i < 100'000; ++i)
     body += "<node><translate>1 0 0</translate>";
-  for (int i = 0; i < 2000; ++i)
+  for (int i = 0; i < 100'000; ++i)
     body += "</node>";
   body += "</visual_scene></library_visual_scenes>";
   const ToolRun run = OnDocument("tree --json", body);
@@ -739,6 +739,20 @@ TEST(Cli, CheckListsEveryKindOfReferenceInDocumentOrder) {
       {"element": "instance_node", "owner": "a", "reference": "#far", "code": -1},
       {"element": "channel", "owner": "lost", "reference": "#nosampler", "code": -1},
       {"element": "instance_visual_scene", "owner": null, "reference": "#other", "code": -1}])"));
+}
+
+TEST(Cli, CheckListsOnlyTheSkeletonOfAControllerWhoseUrlNamesAnElement) {
+  // The failed skeleton stops the update before the url is bound; the url
+  // itself names a controller and is not a finding.
+  const std::string body = R"(
+<library_controllers><controller id="skin"/></library_controllers>
+<library_visual_scenes><visual_scene id="vs"><node id="a">
+  <instance_controller url="#skin"><skeleton>#nobody</skeleton></instance_controller>
+</node></visual_scene></library_visual_scenes>)";
+  const ToolRun run = OnDocument("check --json", body);
+  EXPECT_EQ(run.code, 3);
+  EXPECT_EQ(run.Json()["unresolved"], json::parse(R"([
+      {"element": "instance_controller", "owner": "a", "reference": "#nobody", "code": -1}])"));
 }
 
 TEST(Cli, CheckExitsThreeWhenAnErrorWasLogged) {
