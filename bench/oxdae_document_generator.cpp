@@ -124,14 +124,6 @@ std::string MeshID(uint32_t index) {
   return "mesh-" + std::to_string(index);
 }
 
-void PutAttribute(TextSink& out, std::string_view name, std::string_view value) {
-  out.Put(' ');
-  out.Put(name);
-  out.Put("=\"");
-  out.Put(value);
-  out.Put('"');
-}
-
 void PutCountAttribute(TextSink& out, uint64_t count) {
   out.Put(" count=\"");
   out.PutUInt(count);

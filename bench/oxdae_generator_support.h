@@ -80,4 +80,14 @@ class TextSink {
   bool m_ok = true;
 };
 
+// Writes ` name="value"` (the value is written as it is: callers give plain
+// texts).
+inline void PutAttribute(TextSink& out, std::string_view name, std::string_view value) {
+  out.Put(' ');
+  out.Put(name);
+  out.Put("=\"");
+  out.Put(value);
+  out.Put('"');
+}
+
 }  // namespace oxdae_bench

@@ -82,14 +82,6 @@ std::string NodeID(uint32_t index) {
   return "node-" + std::to_string(index);
 }
 
-void PutAttribute(TextSink& out, std::string_view name, std::string_view value) {
-  out.Put(' ');
-  out.Put(name);
-  out.Put("=\"");
-  out.Put(value);
-  out.Put('"');
-}
-
 void PutUIntAttribute(TextSink& out, std::string_view name, uint64_t value) {
   PutAttribute(out, name, std::to_string(value));
 }
