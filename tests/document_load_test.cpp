@@ -571,3 +571,23 @@ TEST_F(DocumentLoad, CorrectURILeavesARelativePathUnchanged) {
   EXPECT_EQ(oxDAEFile::CorrectURI(text), 0);
   EXPECT_EQ(text, "textures\\a.png");
 }
+
+TEST_XML(DocumentLoad, UnresolvedElementsAreListedWithTheirCodeUntilCleared,
+         Collada(R"(<library_visual_scenes><visual_scene id="vs"><node id="n">
+                      <instance_geometry url="#nowhere"/></node></visual_scene>
+                    </library_visual_scenes><scene><instance_visual_scene url="#vs"/></scene>)")) {
+  ASSERT_EQ(rc, 0);
+  const auto* node = Find<oxDAENode>("#n");
+  ASSERT_NE(node, nullptr);
+  ASSERT_EQ(node->instances.size(), 1u);
+  ASSERT_EQ(document.GetUnresolved().size(), 1u);
+  EXPECT_EQ(document.GetUnresolved()[0].element, node->instances[0]);
+  EXPECT_EQ(document.GetUnresolved()[0].code, kDAEUnresolved);
+  // The list points to the document's elements, so it goes with them.
+  document.Clear();
+  EXPECT_TRUE(document.GetUnresolved().empty());
+  ASSERT_EQ(LoadText(Collada(R"(<library_visual_scenes><visual_scene id="vs"/>
+                                </library_visual_scenes>)")),
+            0);
+  EXPECT_TRUE(document.GetUnresolved().empty());
+}

@@ -90,7 +90,6 @@ int oxDAEFile::Load(const oxURI& location, OxKernel::oxProgress* progress) {
   // Entries of a previous document would point to deleted elements: a new
   // document starts with empty tables.
   elementsToUpdate.clear();
-  unresolved.clear();
   pathRegistry.clear();
   animationTargets.clear();
   uri = location;
@@ -120,6 +119,7 @@ int oxDAEFile::Load(const oxURI& location, OxKernel::oxProgress* progress) {
 
 void oxDAEFile::Clear() {
   elements.clear();
+  unresolved.clear();
   idRegistry.clear();
   idRegistry.rehash(oxHashTools::ComputePreferredSize(kInitialBuckets));
   root = nullptr;

@@ -54,7 +54,8 @@ class oxDAEFile {
   int Save(const OxKernel::oxURI& uri, OxKernel::oxProgress* progress = nullptr);
   // Writes the document into `xml` instead of a file; same results as Save.
   int SaveToString(oxString& xml);
-  // Deletes every element, empties the id registry and drops the root. The
+  // Deletes every element, empties the id registry and the list of
+  // unresolved elements, and drops the root. The
   // path registry, the animation-target table and the update list keep their
   // entries (which then point to deleted elements); Load empties them before
   // reading a new document.
@@ -113,7 +114,8 @@ class oxDAEFile {
   };
   // The elements whose references did not resolve when the document was
   // loaded, in the order they were updated. Loading goes on regardless; this
-  // list is for callers that want to report them. Emptied by Load.
+  // list is for callers that want to report them. Emptied by Clear (and so
+  // by Load), since it points to the document's elements.
   const oxArray<Unresolved>& GetUnresolved() const { return unresolved; }
 
   // --- Tokens ------------------------------------------------------------
