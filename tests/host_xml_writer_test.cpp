@@ -105,6 +105,18 @@ TEST(HostXMLWriter, ChildrenAreIndentedAndTextStaysInline) {
             "<e>leaf</e>\n</a>\n");
 }
 
+TEST(HostXMLWriter, DoubleAttributesAreWrittenInTheirShortestForm) {
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  writer->StartElement("a");
+  writer->WriteAttributeDouble("d", 0.1);
+  writer->WriteAttributeDouble("big", 1e300);
+  writer->WriteAttributeDouble("inf", std::numeric_limits<double>::infinity());
+  writer->WriteAttributeDouble("nan", std::numeric_limits<double>::quiet_NaN());
+  writer->EndElement();
+  EXPECT_EQ(Body(*writer), "\n<a d=\"0.1\" big=\"1e+300\" inf=\"INF\" nan=\"NaN\"/>\n");
+}
+
 TEST(HostXMLWriter, AttributeWritersFormatEveryType) {
   auto writer = MemoryWriter();
   ASSERT_TRUE(writer);

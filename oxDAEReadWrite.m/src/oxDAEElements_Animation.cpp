@@ -1,16 +1,17 @@
 #include "oxDAEReadWrite/oxDAEElements_Animation.h"
 
 #include <algorithm>
-#include <charconv>
 
 #include <oxKernel/oxLog.h>
 #include <oxKernel/oxVariant.h>
 
 #include "oxDAEReadWrite/oxDAEElements_Animation_Target.h"
 #include "oxDAEReadWrite/oxDAEElements_Instance.h"
+#include "oxDAEReadWrite/oxDAEElements_Main_Document.h"
 #include "oxDAEReadWrite/oxDAEElements_Main_Geometry.h"
 #include "oxDAEReadWrite/oxDAEElements_Main_Source.h"
 #include "oxDAEReadWrite/oxDAEReadWrite_File.h"
+#include "oxDAEReadWrite/oxDAETechniques.h"
 
 namespace OxDAEReader {
 
@@ -27,20 +28,17 @@ using OxMath::oxKeyframeController;
 
 namespace {
 
-template <class T>
-T* ReadQueued(oxDAEAnimation& animation, oxDAEFile& file) {
-  T* child = file.ReadChild<T>(&animation);
-  file.AddElementToUpdate(child);
-  return child;
-}
-
 constexpr oxDAEChildRule<oxDAEAnimation> kAnimationChildren[] = {
     {oxDAESource::s_XMLTag,
      [](oxDAEAnimation& a, oxDAEFile& f) { a.sources.push_back(f.ReadChild<oxDAESource>(&a)); }},
     {oxDAESampler::s_XMLTag,
-     [](oxDAEAnimation& a, oxDAEFile& f) { a.samplers.push_back(ReadQueued<oxDAESampler>(a, f)); }},
+     [](oxDAEAnimation& a, oxDAEFile& f) {
+       a.samplers.push_back(f.ReadQueuedChild<oxDAESampler>(&a));
+     }},
     {oxDAEChannel::s_XMLTag,
-     [](oxDAEAnimation& a, oxDAEFile& f) { a.channels.push_back(ReadQueued<oxDAEChannel>(a, f)); }},
+     [](oxDAEAnimation& a, oxDAEFile& f) {
+       a.channels.push_back(f.ReadQueuedChild<oxDAEChannel>(&a));
+     }},
     {oxDAEAnimation::s_XMLTag,
      [](oxDAEAnimation& a, oxDAEFile& f) {
        oxDAEAnimation* child = f.ReadChild<oxDAEAnimation>(&a);
@@ -151,11 +149,8 @@ void WriteLocalInput(oxDAEFile& file, const oxDAEInputElement& input) {
   OxKernel::oxXMLWriter& w = *file.writer;
   w.StartElement(oxDAEInputElement::s_XMLTag);
   w.WriteAttributeString("semantic", input.semantic);
-  if (const oxDAEElement* source = oxDAEElement::DynamicCast(input.source)) {
-    w.WriteAttributeString("source", source->ComputeURL(file));
-  } else if (!input.sourceURI.empty()) {
-    w.WriteAttributeString("source", input.sourceURI);
-  }
+  if (const oxString reference = input.GetSourceReference(file); !reference.empty())
+    w.WriteAttributeString("source", reference);
   w.EndAttributes();
   w.EndElement();
 }
@@ -294,23 +289,14 @@ namespace {
 constexpr oxDAEChildRule<oxDAEAnimationClip> kClipChildren[] = {
     {"instance_animation",
      [](oxDAEAnimationClip& c, oxDAEFile& f) {
-       oxDAEInstance* instance = f.ReadChild<oxDAEInstance>(&c, EToken::ANIMATION);
-       f.AddElementToUpdate(instance);
-       c.instances.push_back(instance);
+       c.instances.push_back(f.ReadQueuedChild<oxDAEInstance>(&c, EToken::ANIMATION));
      }},
-    {"asset", nullptr},
-    {"extra",
+    {oxDAEAssetElement::s_XMLTag, nullptr},
+    {oxDAEExtraElement::s_XMLTag,
      [](oxDAEAnimationClip&, oxDAEFile&) {
        oxDAEBaseElement::UnsupportedExtraWarning(oxDAEAnimationClip::s_XMLTag);
      }},
 };
-
-// The shortest text that reads back as `value`.
-void WriteDoubleAttribute(OxKernel::oxXMLWriter& writer, std::string_view name, double value) {
-  char text[32];
-  const auto end = std::to_chars(text, text + sizeof text, value).ptr;
-  writer.WriteAttributeString(name, std::string_view(text, static_cast<size_t>(end - text)));
-}
 
 }  // namespace
 
@@ -324,8 +310,8 @@ void oxDAEAnimationClip::Read(oxDAEFile& file) {
 void oxDAEAnimationClip::Write(oxDAEFile& file) {
   OxKernel::oxXMLWriter& w = *file.writer;
   WriteStart(file, s_XMLTag);
-  if (start != 0.0) WriteDoubleAttribute(w, "start", start);
-  if (end != 0.0) WriteDoubleAttribute(w, "end", end);
+  if (start != 0.0) w.WriteAttributeDouble("start", start);
+  if (end != 0.0) w.WriteAttributeDouble("end", end);
   w.EndAttributes();
   for (const oxDAEInstance* instance : instances) {
     w.StartElement("instance_animation");

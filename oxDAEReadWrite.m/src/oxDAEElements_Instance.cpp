@@ -187,9 +187,7 @@ void oxDAEBindMaterial::Write(oxDAEFile& file) {
 constexpr oxDAEChildRule<oxDAEBindMaterialTechniqueCommon> kBindTechniqueChildren[] = {
     {oxDAEInstanceMaterial::s_XMLTag,
      [](oxDAEBindMaterialTechniqueCommon& t, oxDAEFile& f) {
-       oxDAEInstanceMaterial* material = f.ReadChild<oxDAEInstanceMaterial>(&t);
-       f.AddElementToUpdate(material);
-       t.instanceMaterials.push_back(material);
+       t.instanceMaterials.push_back(f.ReadQueuedChild<oxDAEInstanceMaterial>(&t));
      }},
 };
 

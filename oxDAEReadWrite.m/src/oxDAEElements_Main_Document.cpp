@@ -276,8 +276,7 @@ namespace {
 constexpr oxDAEChildRule<oxDAESceneElement> kSceneChildren[] = {
     {"instance_visual_scene",
      [](oxDAESceneElement& s, oxDAEFile& f) {
-       s.instanceVisualScene = f.ReadChild<oxDAEInstance>(&s, EToken::VISUALSCENE);
-       f.AddElementToUpdate(s.instanceVisualScene);
+       s.instanceVisualScene = f.ReadQueuedChild<oxDAEInstance>(&s, EToken::VISUALSCENE);
      }},
 };
 

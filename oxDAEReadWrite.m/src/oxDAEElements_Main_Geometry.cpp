@@ -37,13 +37,15 @@ void oxDAEInputElement::Write(oxDAEFile& file) {
   w.WriteAttributeUInt("offset", offset);
   w.WriteAttributeString("semantic", semantic);
   if (set != 0) w.WriteAttributeUInt("set", set);
-  if (const oxDAEElement* element = oxDAEElement::DynamicCast(source)) {
-    w.WriteAttributeString("source", element->ComputeURL(file));
-  } else if (!sourceURI.empty()) {
-    w.WriteAttributeString("source", sourceURI);
-  }
+  if (const oxString reference = GetSourceReference(file); !reference.empty())
+    w.WriteAttributeString("source", reference);
   w.EndAttributes();
   w.EndElement();
+}
+
+oxString oxDAEInputElement::GetSourceReference(oxDAEFile& file) const {
+  const oxDAEElement* element = oxDAEElement::DynamicCast(source);
+  return element ? element->ComputeURL(file) : sourceURI;
 }
 
 oxDAEAccessor* oxDAEInputElement::GetCommonAccessor() const {
@@ -96,12 +98,7 @@ constexpr oxDAEChildRule<oxDAEGeometry> kGeometryChildren[] = {
      [](oxDAEGeometry& g, oxDAEFile& f) { g.mesh = f.ReadChild<oxDAEMesh>(&g); }},
     {oxDAESpline::s_XMLTag,
      [](oxDAEGeometry& g, oxDAEFile& f) { g.spline = f.ReadChild<oxDAESpline>(&g); }},
-    {oxDAEExtraElement::s_XMLTag,
-     [](oxDAEGeometry& g, oxDAEFile& f) {
-       oxDAEExtraElement* extra = nullptr;
-       f.ReadExtra(&g, extra);
-       g.extras.push_back(extra);
-     }},
+    {oxDAEExtraElement::s_XMLTag, oxDAEFile::ReadExtraChild<oxDAEGeometry>},
 };
 
 void oxDAEGeometry::Read(oxDAEFile& file) {

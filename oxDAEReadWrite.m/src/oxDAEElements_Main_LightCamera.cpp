@@ -22,13 +22,6 @@ void ReadAsset(Owner& owner, oxDAEFile& file) {
   owner.asset = file.ReadChild<oxDAEAssetElement>(&owner);
 }
 
-template <class Owner>
-void ReadExtra(Owner& owner, oxDAEFile& file) {
-  oxDAEExtraElement* extra = nullptr;
-  file.ReadExtra(&owner, extra);
-  owner.extras.push_back(extra);
-}
-
 // Writes <tag>value</tag>.
 void WriteFloatElement(OxKernel::oxXMLWriter& w, std::string_view tag, float value) {
   w.StartElement(tag);
@@ -48,7 +41,7 @@ constexpr oxDAEChildRule<oxDAELight> kLightChildren[] = {
        l.techniqueCommon = f.ReadChild<oxDAELightTechniqueCommon>(&l);
      }},
     {oxDAETechnique::s_XMLTag, nullptr},
-    {oxDAEExtraElement::s_XMLTag, ReadExtra<oxDAELight>},
+    {oxDAEExtraElement::s_XMLTag, oxDAEFile::ReadExtraChild<oxDAELight>},
 };
 
 void oxDAELight::Read(oxDAEFile& file) {
@@ -177,7 +170,7 @@ constexpr oxDAEChildRule<oxDAECamera> kCameraChildren[] = {
     {oxDAEOptics::s_XMLTag,
      [](oxDAECamera& c, oxDAEFile& f) { c.optics = f.ReadChild<oxDAEOptics>(&c); }},
     {"imager", nullptr},
-    {oxDAEExtraElement::s_XMLTag, ReadExtra<oxDAECamera>},
+    {oxDAEExtraElement::s_XMLTag, oxDAEFile::ReadExtraChild<oxDAECamera>},
 };
 
 void oxDAECamera::Read(oxDAEFile& file) {

@@ -29,12 +29,7 @@ void ReadTransform(Hierarchy& owner, oxDAEFile& file) {
 }
 
 constexpr oxDAEChildRule<Hierarchy> kHierarchyChildren[] = {
-    {oxDAEExtraElement::s_XMLTag,
-     [](Hierarchy& h, oxDAEFile& f) {
-       oxDAEExtraElement* extra = nullptr;
-       f.ReadExtra(&h, extra);
-       h.extras.push_back(extra);
-     }},
+    {oxDAEExtraElement::s_XMLTag, oxDAEFile::ReadExtraChild<Hierarchy>},
     {oxDAENode::s_XMLTag,
      [](Hierarchy& h, oxDAEFile& f) { h.nodes.push_back(f.ReadChild<oxDAENode>(&h)); }},
     {Hierarchy::RotateElement::s_XMLTag, ReadTransform<Hierarchy::RotateElement>},
@@ -45,16 +40,6 @@ constexpr oxDAEChildRule<Hierarchy> kHierarchyChildren[] = {
     {Hierarchy::MatrixElement::s_XMLTag, ReadTransform<Hierarchy::MatrixElement>},
 };
 
-// The rule of `rules` for `tag`, or null.
-template <class Owner, size_t N>
-const oxDAEChildRule<Owner>* FindRule(const oxDAEChildRule<Owner> (&rules)[N],
-                                      std::string_view tag) {
-  for (const auto& rule : rules) {
-    if (rule.tag == tag) return &rule;
-  }
-  return nullptr;
-}
-
 }  // namespace
 
 oxDAEHierarchyElement::oxDAEHierarchyElement() = default;
@@ -62,7 +47,8 @@ oxDAEHierarchyElement::oxDAEHierarchyElement() = default;
 oxDAEHierarchyElement::~oxDAEHierarchyElement() = default;
 
 bool oxDAEHierarchyElement::ReadChild(oxDAEFile& file) {
-  const oxDAEChildRule<Hierarchy>* rule = FindRule(kHierarchyChildren, file.reader->GetTag());
+  const oxDAEChildRule<Hierarchy>* rule =
+      oxDAEFile::FindChildRule(kHierarchyChildren, file.reader->GetTag());
   if (!rule) return false;
   rule->read(*this, file);
   return true;
@@ -96,16 +82,9 @@ bool oxDAEHierarchyElement::HasChild(const oxDAEHierarchyElement* child, bool re
 
 namespace {
 
-// Instances are queued for binding before they are read, so that what they
-// queue while reading is bound after them.
 template <class T, class... Args>
 void ReadInstance(oxDAENode& node, oxDAEFile& file, Args... args) {
-  T* instance = new T(args...);
-  instance->parent = &node;
-  file._AddElement(instance);
-  file.AddElementToUpdate(instance);
-  instance->Read(file);
-  node.instances.push_back(instance);
+  node.instances.push_back(file.ReadQueuedChild<T>(&node, args...));
 }
 
 constexpr oxDAEChildRule<oxDAENode> kNodeInstances[] = {
@@ -143,7 +122,7 @@ void oxDAENode::Read(oxDAEFile& file) {
   while (reader.MoveNext() == 0) {
     if (ReadChild(file)) continue;
     const std::string_view tag = reader.GetTag();
-    if (const oxDAEChildRule<oxDAENode>* rule = FindRule(kNodeInstances, tag)) {
+    if (const oxDAEChildRule<oxDAENode>* rule = oxDAEFile::FindChildRule(kNodeInstances, tag)) {
       rule->read(*this, file);
     } else {
       UnknownTagWarning(tag, s_XMLTag);

@@ -1,5 +1,6 @@
 #include "oxDAEReadWrite/oxDAEElements_Main_Node.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include <oxKernel/oxConstants.h>
@@ -50,6 +51,12 @@ oxMatrix44 RotationMatrix(const oxVec3& axis, float degrees) {
   OxMath::oxTransformMatrix44 m;
   m.Create(rotation, oxVec3{0.0f, 0.0f, 0.0f}, oxVec3{1.0f, 1.0f, 1.0f});
   return m;
+}
+
+// The text of a translate or scale: its three floats.
+unsigned int VectorText(const oxDAEChannelTargetFloatXYZ& vector, float* values) {
+  std::copy_n(vector.GetValue(), 3, values);
+  return 3;
 }
 
 // `v` divided by its length; a zero vector stays zero.
@@ -207,11 +214,7 @@ oxMatrix44 Hierarchy::ScaleElement::GetSampledMatrix(float time,
 }
 
 unsigned int Hierarchy::ScaleElement::GetTextValues(float* values) const {
-  const float* xyz = Value().GetValue();
-  values[0] = xyz[0];
-  values[1] = xyz[1];
-  values[2] = xyz[2];
-  return 3;
+  return VectorText(Value(), values);
 }
 
 void Hierarchy::ScaleElement::SetTextValues(const float* values) {
@@ -245,11 +248,7 @@ oxMatrix44 Hierarchy::TranslateElement::GetSampledMatrix(float time,
 }
 
 unsigned int Hierarchy::TranslateElement::GetTextValues(float* values) const {
-  const float* xyz = Value().GetValue();
-  values[0] = xyz[0];
-  values[1] = xyz[1];
-  values[2] = xyz[2];
-  return 3;
+  return VectorText(Value(), values);
 }
 
 void Hierarchy::TranslateElement::SetTextValues(const float* values) {

@@ -64,9 +64,10 @@ void AppendEscaped(std::string& out, std::string_view text, bool attribute) {
   out.append(text.data() + plain, text.size() - plain);
 }
 
-// Writes the shortest text that reads back to the same float, or the XML
-// Schema spelling of a non-finite value; returns the end of the text.
-char* FormatFloat(char* first, char* last, float value) {
+// Writes the shortest text that reads back to the same float or double, or
+// the XML Schema spelling of a non-finite value; returns the end of the text.
+template <class Real>
+char* FormatFloat(char* first, char* last, Real value) {
   if (std::isnan(value)) return std::copy_n("NaN", 3, first);
   if (std::isinf(value))
     return value < 0 ? std::copy_n("-INF", 4, first) : std::copy_n("INF", 3, first);
@@ -78,7 +79,8 @@ char* FormatInteger(char* first, char* last, T value) {
   return std::to_chars(first, last, value).ptr;
 }
 
-void AppendFloat(std::string& out, float value) {
+template <class Real>
+void AppendFloat(std::string& out, Real value) {
   char buf[32];
   out.append(buf, static_cast<size_t>(FormatFloat(buf, buf + sizeof buf, value) - buf));
 }
@@ -276,6 +278,11 @@ int oxXMLWriter::WriteAttributeFloat(std::string_view n, float v) {
   AppendFloat(s, v);
   return WriteAttributeString(n, s);
 }
+int oxXMLWriter::WriteAttributeDouble(std::string_view n, double v) {
+  std::string s;
+  AppendFloat(s, v);
+  return WriteAttributeString(n, s);
+}
 int oxXMLWriter::WriteAttributeBool(std::string_view n, bool v) {
   return WriteAttributeString(n, v ? "true" : "false");
 }
@@ -346,7 +353,7 @@ int oxXMLTextWriter::WriteText(std::string_view text) {
 int oxXMLTextWriter::WriteFloats(const float* values, unsigned int count, int) {
   oxXMLWriter::Impl& w = *m_writer.m_impl;
   if (count == 0 || !w.BeginText()) return 0;
-  AppendValues(w.buffer, values, count, FormatFloat);
+  AppendValues(w.buffer, values, count, FormatFloat<float>);
   w.FlushIfLarge();
   return 0;
 }

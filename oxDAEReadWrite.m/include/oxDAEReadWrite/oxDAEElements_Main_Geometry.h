@@ -33,6 +33,9 @@ class oxDAEInputElement : public oxDAEBaseElement {
   // no source, its source is not a <source> (as for "VERTEX"), or the source
   // has no common technique.
   oxDAEAccessor* GetCommonAccessor() const;
+  // The "source" text to write: the reference of the element the input
+  // resolved to, else the text read (empty when there was none).
+  oxString GetSourceReference(oxDAEFile& file) const;
   // The first of `inputs` whose semantic text equals `semantic` exactly, or
   // null: the lookup every element with inputs offers as GetInput.
   static oxDAEInputElement* FindBySemantic(const oxArray<oxDAEInputElement*>& inputs,

@@ -164,6 +164,38 @@ class oxDAEFile {
     return e;
   }
 
+  // Like ReadChild, and queues the new element for UpdateDependencies
+  // before reading it, so that what it queues while reading is updated
+  // after it.
+  template <class T, class... Args>
+  T* ReadQueuedChild(oxDAEBaseElement* parent, Args&&... args) {
+    T* e = new T(static_cast<Args&&>(args)...);
+    e->parent = parent;
+    _AddElement(e);
+    AddElementToUpdate(e);
+    e->Read(*this);
+    return e;
+  }
+
+  // A child rule that reads an <extra> of `owner` through ReadExtra and
+  // appends it to the owner's extras.
+  template <class Owner>
+  static void ReadExtraChild(Owner& owner, oxDAEFile& file) {
+    oxDAEExtraElement* extra = nullptr;
+    file.ReadExtra(&owner, extra);
+    owner.extras.push_back(extra);
+  }
+
+  // The first rule of `rules` whose tag is `tag`, or null.
+  template <class Owner, size_t N>
+  static const oxDAEChildRule<Owner>* FindChildRule(const oxDAEChildRule<Owner> (&rules)[N],
+                                                    std::string_view tag) {
+    for (const auto& rule : rules) {
+      if (rule.tag == tag) return &rule;
+    }
+    return nullptr;
+  }
+
   // Walks the children of the element the reader stands on and dispatches
   // each by the first rule whose tag matches; an unmatched child draws
   // UnknownTagWarning(tag, parentTag). The reader ends on the element.
@@ -173,13 +205,7 @@ class oxDAEFile {
     reader->EnterChildren();
     while (reader->MoveNext() == 0) {
       const std::string_view tag = reader->GetTag();
-      const oxDAEChildRule<Owner>* rule = nullptr;
-      for (const auto& r : rules) {
-        if (r.tag == tag) {
-          rule = &r;
-          break;
-        }
-      }
+      const oxDAEChildRule<Owner>* rule = FindChildRule(rules, tag);
       if (!rule) {
         oxDAEBaseElement::UnknownTagWarning(tag, parentTag);
       } else if (rule->read) {

@@ -172,6 +172,7 @@ class oxXMLWriter : public oxRefPtrObject {
   int WriteAttributeShort(std::string_view name, int16_t value);
   int WriteAttributeUShort(std::string_view name, uint16_t value);
   int WriteAttributeFloat(std::string_view name, float value);
+  int WriteAttributeDouble(std::string_view name, double value);
   int WriteAttributeBool(std::string_view name, bool value);
   // Ends the attribute list; content may follow. An element with no content
   // is written as an empty-element tag.
