@@ -686,8 +686,7 @@ TEST(Cli, SampleWithAHugeStrideAllocatesNothingLarge) {
 // --- check --------------------------------------------------------------------
 
 TEST(Cli, CheckOfACleanDocumentExitsZero) {
-  const ToolRun run =
-      Oxdae("check --json " + Quote(std::string(OX_SOURCE_DIR) + "/samples/scene.dae"));
+  const ToolRun run = Oxdae("check --json " + Quote(kSample));
   EXPECT_EQ(run.code, 0);
   EXPECT_EQ(run.Json(), json::parse(R"({"unresolved": [], "errors": 0, "warnings": 1})"));
   const ToolRun text = OnDocument("check", "");

@@ -5,10 +5,12 @@
 // Exit status: 0 success, 1 the document could not be read or written (or
 // an id given on the command line names nothing), 2 bad usage (with the
 // usage on standard error), 3 "check" found something to fix.
+#include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <iterator>
 
-#include "commands/oxdaeCommand.h"
+#include "oxdaeCommon.h"
 
 namespace {
 
@@ -40,11 +42,11 @@ int Run(int argc, char** argv) {
                  tool.help().c_str());
     return kExitUsage;
   }
+  // The command line names exactly one command.
+  const Command& named = *std::find_if(std::begin(commands), std::end(commands),
+                                       [](const Command& c) { return c.app->parsed(); });
   OxDAEReader::oxDAEReadWriteModule::Init(0);
-  int rc = kExitUsage;
-  for (const Command& command : commands) {
-    if (command.app->parsed()) rc = command.run();
-  }
+  const int rc = named.run();
   OxDAEReader::oxDAEReadWriteModule::Uninit(0);
   return rc;
 }

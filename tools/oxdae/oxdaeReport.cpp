@@ -10,17 +10,6 @@ using namespace OxDAEReader;
 
 namespace {
 
-// The tag the array was written as: the class tag of a typed array, or
-// "array" for the generic one.
-std::string_view ArrayTypeOf(const oxDAEArray* array) {
-  if (!array) return {};
-  if (oxDAEFloatArray::DynamicCast(array)) return oxDAEFloatArray::s_XMLTag;
-  if (oxDAEIntArray::DynamicCast(array)) return oxDAEIntArray::s_XMLTag;
-  if (oxDAEBoolArray::DynamicCast(array)) return oxDAEBoolArray::s_XMLTag;
-  if (oxDAENameArray::DynamicCast(array)) return oxDAENameArray::s_XMLTag;
-  return oxDAEArray::s_XMLTag;
-}
-
 uint64_t PositionRecords(const oxDAEMesh& mesh) {
   if (!mesh.vertices) return 0;
   const oxDAEInputElement* position = mesh.vertices->GetInput("POSITION");
@@ -34,7 +23,8 @@ GeometryReport DescribeGeometry(const oxDAEGeometry& geometry) {
   if (!geometry.mesh) return g;
   for (const oxDAESource* source : geometry.mesh->sources) {
     const oxDAEAccessor* accessor = source->GetAccessor();
-    g.sources.push_back({source->id, std::string(ArrayTypeOf(source->array)),
+    const std::string_view arrayType = source->array ? source->array->GetXMLTag() : "";
+    g.sources.push_back({source->id, std::string(arrayType),
                          source->array ? source->array->count : 0u,
                          accessor ? accessor->stride : 0u});
   }
@@ -60,22 +50,14 @@ void AddGeometries(Report& report, const oxDAELibrary& library) {
   }
 }
 
-// The number of node levels under `scene`, walked with a list of pending
-// nodes rather than the call stack, whatever the depth.
+// The number of node levels under `scene`; 0 without a scene.
 uint64_t SceneDepth(const oxDAEVisualScene* scene) {
   if (!scene) return 0;
-  std::vector<std::pair<const oxDAENode*, uint64_t>> pending;
-  for (const oxDAENode* node : scene->nodes)
-    pending.emplace_back(node, 1);
-  uint64_t depth = 0;
-  while (!pending.empty()) {
-    const auto [node, level] = pending.back();
-    pending.pop_back();
-    depth = std::max(depth, level);
-    for (const oxDAENode* child : node->nodes)
-      pending.emplace_back(child, level + 1);
-  }
-  return depth;
+  uint64_t levels = 0;
+  ForEachNode(*scene, [&levels](const oxDAENode&, size_t depth) {
+    levels = std::max<uint64_t>(levels, depth + 1);
+  });
+  return levels;
 }
 
 void CountLight(LightCounts& lights, const oxDAELight& light) {
@@ -130,7 +112,6 @@ void CountElements(Report& report, const oxDAEFile& document) {
       ++report.clips;
     }
   }
-  report.sceneDepth = SceneDepth(DefaultVisualScene(document));
 }
 
 // Milliseconds with three decimals.
@@ -145,6 +126,18 @@ std::string MillisecondsText(double seconds) {
 }
 
 }  // namespace
+
+KindCounts LightCounts::ByKind() const {
+  return {{"ambient", ambient},
+          {"directional", directional},
+          {"point", point},
+          {"spot", spot},
+          {"other", other}};
+}
+
+KindCounts CameraCounts::ByKind() const {
+  return {{"perspective", perspective}, {"orthographic", orthographic}, {"other", other}};
+}
 
 Report BuildReport(const oxDAEFile& document, const std::string& file) {
   Report report;
@@ -168,6 +161,7 @@ Report BuildReport(const oxDAEFile& document, const std::string& file) {
   if (root->scene && root->scene->instanceVisualScene)
     report.sceneURL = root->scene->instanceVisualScene->url;
   CountElements(report, document);
+  report.sceneDepth = SceneDepth(DefaultVisualScene(document));
   return report;
 }
 
@@ -180,7 +174,7 @@ void Put(std::string& out, const Parts&... parts) {
 }
 
 // "N" alone, or "N (a kind1, b kind2)" naming the kinds that occur.
-std::string Breakdown(std::initializer_list<std::pair<const char*, uint64_t>> kinds) {
+std::string Breakdown(const KindCounts& kinds) {
   uint64_t total = 0;
   std::string parts;
   for (const auto& [kind, count] : kinds) {
@@ -192,25 +186,10 @@ std::string Breakdown(std::initializer_list<std::pair<const char*, uint64_t>> ki
   return parts.empty() ? "0" : OxKernel::oxConcat(total, " (", parts, ")");
 }
 
-std::string Quoted(const std::string& text) {
-  return Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
-}
-
 void PutSceneGraph(std::string& out, const Report& r) {
   Put(out, "nodes: ", r.nodes, ", scene depth ", r.sceneDepth, "\n");
-  const LightCounts& l = r.lights;
-  Put(out, "lights: ",
-      Breakdown({{"ambient", l.ambient},
-                 {"directional", l.directional},
-                 {"point", l.point},
-                 {"spot", l.spot},
-                 {"other", l.other}}),
-      "\n");
-  const CameraCounts& c = r.cameras;
-  Put(out, "cameras: ",
-      Breakdown(
-          {{"perspective", c.perspective}, {"orthographic", c.orthographic}, {"other", c.other}}),
-      "\n");
+  Put(out, "lights: ", Breakdown(r.lights.ByKind()), "\n");
+  Put(out, "cameras: ", Breakdown(r.cameras.ByKind()), "\n");
   Put(out, "animations: ", r.animations, ", channels: ", r.boundChannels, " of ", r.channels,
       " bound, clips: ", r.clips, "\n");
 }
@@ -221,8 +200,8 @@ std::string FormatText(const Report& r) {
   std::string out;
   Put(out, "file: ", r.file, "\nCOLLADA version: ", r.version, "\n");
   if (r.hasAsset) {
-    Put(out, "asset:\n  authoring tool: ", Quoted(r.authoringTool), " (code ", r.authoringToolCode,
-        ", version ", r.authoringToolVersion, ")\n");
+    Put(out, "asset:\n  authoring tool: ", JsonLine(r.authoringTool), " (code ",
+        r.authoringToolCode, ", version ", r.authoringToolVersion, ")\n");
     Put(out, "  unit: ", r.unitName, " (", NumberText(r.unitMeter), " m)\n  up axis: ", r.upAxis,
         "\n");
   } else {
@@ -251,6 +230,14 @@ std::string FormatText(const Report& r) {
 }
 
 namespace {
+
+// One member per kind, in the order of `kinds`.
+Json KindsJSON(const KindCounts& kinds) {
+  Json out = Json::object();
+  for (const auto& [kind, count] : kinds)
+    out[kind] = count;
+  return out;
+}
 
 Json GeometryJSON(const GeometryReport& g) {
   Json primitives = Json::array();
@@ -287,14 +274,8 @@ Json FormatJSON(const Report& r) {
   out["scene"] = JsonText(r.sceneURL);
   out["nodes"] = r.nodes;
   out["sceneDepth"] = r.sceneDepth;
-  out["lights"] = {{"ambient", r.lights.ambient},
-                   {"directional", r.lights.directional},
-                   {"point", r.lights.point},
-                   {"spot", r.lights.spot},
-                   {"other", r.lights.other}};
-  out["cameras"] = {{"perspective", r.cameras.perspective},
-                    {"orthographic", r.cameras.orthographic},
-                    {"other", r.cameras.other}};
+  out["lights"] = KindsJSON(r.lights.ByKind());
+  out["cameras"] = KindsJSON(r.cameras.ByKind());
   out["animations"] = r.animations;
   out["channels"] = {{"bound", r.boundChannels}, {"total", r.channels}};
   out["clips"] = r.clips;

@@ -4,9 +4,10 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "commands/oxdaeCommand.h"
+#include "oxdaeCommon.h"
 
 namespace oxdae {
 
@@ -35,6 +36,9 @@ struct LibraryReport {
   uint64_t elements = 0;
 };
 
+// Counts by the name of their kind, in the order the report lists them.
+using KindCounts = std::vector<std::pair<const char*, uint64_t>>;
+
 // Lights by the type of their common technique; "other" counts lights
 // without one (or of a type the technique does not name).
 struct LightCounts {
@@ -43,6 +47,8 @@ struct LightCounts {
   uint64_t point = 0;
   uint64_t spot = 0;
   uint64_t other = 0;
+
+  KindCounts ByKind() const;
 };
 
 // Cameras by the projection of their optics; "other" counts cameras without
@@ -51,6 +57,8 @@ struct CameraCounts {
   uint64_t perspective = 0;
   uint64_t orthographic = 0;
   uint64_t other = 0;
+
+  KindCounts ByKind() const;
 };
 
 struct Report {

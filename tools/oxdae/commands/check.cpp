@@ -15,9 +15,10 @@
 // Exit status: 0 when nothing is listed and no error was logged, 3
 // otherwise, 1 when the document cannot be read.
 #include <algorithm>
+#include <optional>
 #include <unordered_map>
 
-#include "commands/oxdaeCommand.h"
+#include "oxdaeCommon.h"
 
 namespace oxdae {
 
@@ -36,10 +37,10 @@ struct Finding {
   int code = 0;
 };
 
-// The reference text of an element whose update reported a code. Elements
-// of other classes report theirs without a text the tool knows how to read:
-// they are listed with an empty reference.
-oxString FailedReference(const oxDAEBaseElement& element) {
+// The reference text of an element whose update reported a code. None for
+// elements of other classes, which report theirs without a text the tool
+// knows how to read: they are listed with an empty reference.
+std::optional<oxString> FailedReference(const oxDAEBaseElement& element) {
   if (const auto* controller = oxDAEInstanceController::DynamicCast(&element)) {
     // Skeletons resolve in order and stop at the first that names no node.
     const size_t failed = controller->skeletonNodes.size();
@@ -50,12 +51,7 @@ oxString FailedReference(const oxDAEBaseElement& element) {
   if (const auto* material = oxDAEInstanceMaterial::DynamicCast(&element)) return material->target;
   if (const auto* channel = oxDAEChannel::DynamicCast(&element))
     return channel->sampler ? channel->targetPath : channel->source;
-  return {};
-}
-
-bool HoldsReference(const oxDAEBaseElement& element) {
-  return oxDAEInstance::DynamicCast(&element) || oxDAEInstanceMaterial::DynamicCast(&element) ||
-         oxDAEChannel::DynamicCast(&element);
+  return std::nullopt;
 }
 
 std::vector<Finding> FindUnresolved(const oxDAEFile& document) {
@@ -67,10 +63,11 @@ std::vector<Finding> FindUnresolved(const oxDAEFile& document) {
     const oxDAEBaseElement* element = owned.get();
     const size_t ownFindings = findings.size();
     const auto [first, last] = reported.equal_range(element);
+    const std::optional<oxString> reference = FailedReference(*element);
     for (auto it = first; it != last; ++it) {
-      Finding f{element, FailedReference(*element), it->second};
-      if (f.reference.empty() && HoldsReference(*element)) continue;
-      findings.push_back(std::move(f));
+      // An element that holds a reference is listed only when it has text.
+      if (reference && reference->empty()) continue;
+      findings.push_back({element, reference.value_or(oxString()), it->second});
     }
     const oxDAEInstance* instance = oxDAEInstance::DynamicCast(element);
     if (!instance || instance->target || instance->url.empty()) continue;
@@ -89,7 +86,7 @@ std::vector<Finding> FindUnresolved(const oxDAEFile& document) {
 Json CheckJSON(const std::vector<Finding>& findings, const LogCounter& log) {
   Json unresolved = Json::array();
   for (const Finding& f : findings) {
-    unresolved.push_back({{"element", JsonText(oxString(f.element->GetXMLTag()))},
+    unresolved.push_back({{"element", JsonText(f.element->GetXMLTag())},
                           {"owner", JsonText(f.element->GetParentingPath())},
                           {"reference", JsonText(f.reference)},
                           {"code", f.code}});
@@ -117,11 +114,9 @@ int RunCheck(const CheckOptions& options) {
   oxDAEFile document;
   if (!LoadDocument(document, options.file, log)) return kExitFailure;
   const std::vector<Finding> findings = FindUnresolved(document);
-  if (options.json) {
-    PrintJSON(CheckJSON(findings, log));
-  } else {
-    PrintText(CheckText(findings, log));
-  }
+  Print(
+      options.json, [&] { return CheckJSON(findings, log); },
+      [&] { return CheckText(findings, log); });
   return findings.empty() && log.errors == 0 ? kExitOK : kExitFindings;
 }
 
@@ -131,8 +126,7 @@ Command AddCheck(CLI::App& tool) {
   auto options = std::make_shared<CheckOptions>();
   CLI::App* command = tool.add_subcommand(
       "check", "List unresolved references, count logged errors (exit status 3 if any).");
-  command->add_option("FILE", options->file, "the COLLADA document")->required();
-  command->add_flag("--json", options->json, "print the findings as one JSON object");
+  AddFileAndJSON(*command, options->file, options->json, "findings");
   return {command, [options] { return RunCheck(*options); }};
 }
 

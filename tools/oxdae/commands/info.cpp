@@ -20,11 +20,9 @@ int RunInfo(const InfoOptions& options) {
   report.loadSeconds = OxKernel::oxProfilingManager::GetElapsedSeconds("DAE Parsing");
   report.warnings = log.warnings;
   report.errors = log.errors;
-  if (options.json) {
-    PrintJSON(FormatJSON(report));
-  } else {
-    PrintText(FormatText(report));
-  }
+  Print(
+      options.json, [&report] { return FormatJSON(report); },
+      [&report] { return FormatText(report); });
   return kExitOK;
 }
 
@@ -34,8 +32,7 @@ Command AddInfo(CLI::App& tool) {
   auto options = std::make_shared<InfoOptions>();
   CLI::App* command = tool.add_subcommand(
       "info", "Summarise a document: asset, libraries, scene graph, animation, geometry, log.");
-  command->add_option("FILE", options->file, "the COLLADA document")->required();
-  command->add_flag("--json", options->json, "print the summary as one JSON object");
+  AddFileAndJSON(*command, options->file, options->json, "summary");
   return {command, [options] { return RunInfo(*options); }};
 }
 

@@ -1,5 +1,5 @@
 // oxdae resave IN OUT: loads IN and writes it back as OUT.
-#include "commands/oxdaeCommand.h"
+#include "oxdaeCommon.h"
 
 namespace oxdae {
 

@@ -10,7 +10,7 @@
 // value, has none; the sampler logs why.
 #include <algorithm>
 
-#include "commands/oxdaeCommand.h"
+#include "oxdaeCommon.h"
 
 namespace oxdae {
 
@@ -117,18 +117,13 @@ int RunSample(const SampleOptions& options) {
   if (!LoadDocument(document, options.file, log)) return kExitFailure;
   const oxDAEAnimation* only = nullptr;
   if (!options.animation.empty()) {
-    only = FindByID<oxDAEAnimation>(document, options.animation);
-    if (!only) {
-      PrintToolLine(options.file + ": no animation with id '" + options.animation + "'");
-      return kExitFailure;
-    }
+    only = FindRequested<oxDAEAnimation>(document, options.file, options.animation, "animation");
+    if (!only) return kExitFailure;
   }
   const std::vector<ChannelSample> samples = SampleChannels(document, options.time, only);
-  if (options.json) {
-    PrintJSON(SamplesJSON(samples, options.time));
-  } else {
-    PrintText(SamplesText(samples));
-  }
+  Print(
+      options.json, [&] { return SamplesJSON(samples, options.time); },
+      [&samples] { return SamplesText(samples); });
   return kExitOK;
 }
 
@@ -138,12 +133,12 @@ Command AddSample(CLI::App& tool) {
   auto options = std::make_shared<SampleOptions>();
   CLI::App* command =
       tool.add_subcommand("sample", "Print every animation channel's value at a time.");
-  command->add_option("FILE", options->file, "the COLLADA document")->required();
-  AddTimeOption(*command, options->time, true);
-  command->add_option("--animation", options->animation,
-                      "the id of the animation whose channels to sample (nested ones "
-                      "included)");
-  command->add_flag("--json", options->json, "print the samples as one JSON object");
+  AddFileAndJSON(*command, options->file, options->json, "samples", [&] {
+    AddTimeOption(*command, options->time, true);
+    command->add_option("--animation", options->animation,
+                        "the id of the animation whose channels to sample (nested ones "
+                        "included)");
+  });
   return {command, [options] { return RunSample(*options); }};
 }
 

@@ -10,12 +10,12 @@
 // composes the local one with the parent's world matrix as transforms
 // compose: world.MultiplyAB(parentWorld, local).
 //
-// Nodes are walked with a list of pending nodes, not the call stack, so the
-// deepest hierarchy the reader keeps costs no stack.
+// Nodes are walked with ForEachNode, so the deepest hierarchy the reader
+// keeps costs no stack.
 #include <algorithm>
-#include <cmath>
+#include <optional>
 
-#include "commands/oxdaeCommand.h"
+#include "oxdaeCommon.h"
 
 namespace oxdae {
 
@@ -29,8 +29,7 @@ struct TreeOptions {
   std::string file;
   std::string scene;
   std::string animation;
-  float time = 0.0f;
-  bool timed = false;
+  float time = 0.0f;  // read only when --time is given
   bool json = false;
 };
 
@@ -42,15 +41,16 @@ struct NodeVisit {
   oxMatrix44 world;
 };
 
-// How local matrices are evaluated.
+// How local matrices are evaluated: static without a time, else at `time`
+// under `chosen` or, when null, under each node's driving animation.
 class LocalMatrices {
  public:
-  LocalMatrices(const oxDAEFile& document, const TreeOptions& options, const oxDAEAnimation* chosen)
-      : m_animations(AllOf<oxDAEAnimation>(document)), m_options(options), m_chosen(chosen) {}
+  LocalMatrices(const oxDAEFile& document, std::optional<float> time, const oxDAEAnimation* chosen)
+      : m_animations(AllOf<oxDAEAnimation>(document)), m_time(time), m_chosen(chosen) {}
 
   oxMatrix44 Of(const oxDAENode& node) const {
-    if (!m_options.timed) return node.ComputeLocalMatrix();
-    return node.ComputeLocalMatrix(m_options.time, m_chosen ? m_chosen : DrivingAnimation(node));
+    if (!m_time) return node.ComputeLocalMatrix();
+    return node.ComputeLocalMatrix(*m_time, m_chosen ? m_chosen : DrivingAnimation(node));
   }
 
   // True when some animation of the document drives `transform`.
@@ -71,30 +71,24 @@ class LocalMatrices {
   }
 
   std::vector<const oxDAEAnimation*> m_animations;
-  const TreeOptions& m_options;
+  std::optional<float> m_time;
   const oxDAEAnimation* m_chosen;
 };
 
-// Calls `visit` for every node of `scene`, depth first in document order.
-template <class Visitor>
-void WalkScene(const oxDAEVisualScene& scene, const LocalMatrices& locals, Visitor&& visit) {
-  struct Pending {
-    const oxDAENode* node;
-    size_t depth;
-    oxMatrix44 parentWorld;
-  };
-  std::vector<Pending> pending;
-  for (auto it = scene.nodes.rbegin(); it != scene.nodes.rend(); ++it)
-    pending.push_back({*it, 0, oxMatrix44::kIdentity});
-  while (!pending.empty()) {
-    const Pending next = pending.back();
-    pending.pop_back();
-    NodeVisit v{next.node, next.depth, locals.Of(*next.node), {}};
-    v.world.MultiplyAB(next.parentWorld, v.local);
+// Calls `visit` for every node of `scene` as ForEachNode reaches it, with
+// its matrices.
+void WalkScene(const oxDAEVisualScene& scene, const LocalMatrices& locals,
+               const std::function<void(const NodeVisit&)>& visit) {
+  // worlds[d] is the world matrix of the last node reached at depth d: a
+  // node's parent is the last node reached one level up.
+  std::vector<oxMatrix44> worlds;
+  ForEachNode(scene, [&](const oxDAENode& node, size_t depth) {
+    NodeVisit v{&node, depth, locals.Of(node), {}};
+    v.world.MultiplyAB(depth == 0 ? oxMatrix44::kIdentity : worlds[depth - 1], v.local);
+    worlds.resize(depth);
+    worlds.push_back(v.world);
     visit(v);
-    for (auto it = v.node->nodes.rbegin(); it != v.node->nodes.rend(); ++it)
-      pending.push_back({*it, v.depth + 1, v.world});
-  }
+  });
 }
 
 // --- JSON ------------------------------------------------------------------------
@@ -111,7 +105,7 @@ Json TransformsJSON(const oxDAENode& node, const LocalMatrices& locals) {
 Json InstancesJSON(const oxDAENode& node) {
   Json instances = Json::array();
   for (const oxDAEInstance* instance : node.instances) {
-    instances.push_back({{"kind", JsonText(oxString(instance->GetXMLTag()))},
+    instances.push_back({{"kind", JsonText(instance->GetXMLTag())},
                          {"url", JsonText(instance->url)},
                          {"resolved", instance->target != nullptr}});
   }
@@ -148,10 +142,10 @@ Json TreeJSON(const oxDAEVisualScene* scene, const LocalMatrices& locals) {
 
 // --- Text ------------------------------------------------------------------------
 
+// A node without an id has no name either: it would have taken the name as
+// its id.
 std::string NodeLabel(const oxDAENode& node) {
-  if (!node.id.empty()) return node.id;
-  if (!node.name.empty()) return node.name;
-  return "(no id)";
+  return node.id.empty() ? "(no id)" : node.id;
 }
 
 std::string TransformsText(const oxDAENode& node, const LocalMatrices& locals) {
@@ -225,32 +219,26 @@ std::string TreeText(const oxDAEVisualScene* scene, const LocalMatrices& locals)
 
 // --- Command ---------------------------------------------------------------------
 
-int RunTree(const TreeOptions& options) {
+// `time` is the time given with --time, none without.
+int RunTree(const TreeOptions& options, std::optional<float> time) {
   LogCounter log;
   oxDAEFile document;
   if (!LoadDocument(document, options.file, log)) return kExitFailure;
   const oxDAEVisualScene* scene = DefaultVisualScene(document);
   if (!options.scene.empty()) {
-    scene = FindByID<oxDAEVisualScene>(document, options.scene);
-    if (!scene) {
-      PrintToolLine(options.file + ": no visual scene with id '" + options.scene + "'");
-      return kExitFailure;
-    }
+    scene = FindRequested<oxDAEVisualScene>(document, options.file, options.scene, "visual scene");
+    if (!scene) return kExitFailure;
   }
   const oxDAEAnimation* animation = nullptr;
   if (!options.animation.empty()) {
-    animation = FindByID<oxDAEAnimation>(document, options.animation);
-    if (!animation) {
-      PrintToolLine(options.file + ": no animation with id '" + options.animation + "'");
-      return kExitFailure;
-    }
+    animation =
+        FindRequested<oxDAEAnimation>(document, options.file, options.animation, "animation");
+    if (!animation) return kExitFailure;
   }
-  const LocalMatrices locals(document, options, animation);
-  if (options.json) {
-    PrintJSON(TreeJSON(scene, locals));
-  } else {
-    PrintText(TreeText(scene, locals));
-  }
+  const LocalMatrices locals(document, time, animation);
+  Print(
+      options.json, [&] { return TreeJSON(scene, locals); },
+      [&] { return TreeText(scene, locals); });
   return kExitOK;
 }
 
@@ -260,20 +248,21 @@ Command AddTree(CLI::App& tool) {
   auto options = std::make_shared<TreeOptions>();
   CLI::App* command = tool.add_subcommand(
       "tree", "Show a visual scene's nodes with transforms, instances and matrices.");
-  command->add_option("FILE", options->file, "the COLLADA document")->required();
-  command->add_option("--scene", options->scene,
-                      "the id of the visual scene (default: the one <scene> names, else the "
-                      "first)");
-  CLI::Option* time = AddTimeOption(*command, options->time, false);
-  command
-      ->add_option("--animation", options->animation,
-                   "the id of the animation to evaluate (default: per node, the first that "
-                   "drives it)")
-      ->needs(time);
-  command->add_flag("--json", options->json, "print the tree as one JSON object");
+  CLI::Option* time = nullptr;
+  AddFileAndJSON(*command, options->file, options->json, "tree", [&] {
+    command->add_option("--scene", options->scene,
+                        "the id of the visual scene (default: the one <scene> names, else the "
+                        "first)");
+    time = AddTimeOption(*command, options->time, false);
+    command
+        ->add_option("--animation", options->animation,
+                     "the id of the animation to evaluate (default: per node, the first that "
+                     "drives it)")
+        ->needs(time);
+  });
   return {command, [options, time] {
-            options->timed = time->count() > 0;
-            return RunTree(*options);
+            const bool timed = time->count() > 0;
+            return RunTree(*options, timed ? std::optional(options->time) : std::nullopt);
           }};
 }
 

@@ -1,8 +1,9 @@
-#include "commands/oxdaeCommand.h"
+#include "oxdaeCommon.h"
 
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <utility>
 
 namespace oxdae {
 
@@ -47,6 +48,13 @@ void LogCounter::PrintHeld() {
   m_held.reset();
 }
 
+void AddFileAndJSON(CLI::App& command, std::string& file, bool& json, const std::string& what,
+                    const std::function<void()>& between) {
+  command.add_option("FILE", file, "the COLLADA document")->required();
+  if (between) between();
+  command.add_flag("--json", json, "print the " + what + " as one JSON object");
+}
+
 void PrintToolLine(const std::string& text) {
   std::fprintf(stderr, "oxdae: %s\n", text.c_str());
 }
@@ -55,36 +63,47 @@ void PrintText(const std::string& text) {
   std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
+std::string JsonLine(const Json& value) {
+  return value.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
 void PrintJSON(const Json& value) {
-  PrintText(value.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
+  PrintText(JsonLine(value) + "\n");
+}
+
+void Print(bool json, const std::function<Json()>& asJSON,
+           const std::function<std::string()>& asText) {
+  if (json) {
+    PrintJSON(asJSON());
+  } else {
+    PrintText(asText());
+  }
 }
 
 namespace {
 
-// The one line of a failed load or save: the reason the reader or writer
-// logged, which names the file in most cases ("cannot open 'x.dae': ..."),
-// else the file and the reason; `fallback` when nothing was logged.
-void PrintFailure(const std::string& file, const std::string& logged, const std::string& fallback) {
-  const std::string& reason = logged.empty() ? fallback : logged;
+// Runs `operation`, a load or a save of `file`; false after one line saying
+// why it failed: the reason the reader or writer logged, which names the
+// file in most cases ("cannot open 'x.dae': ..."), else the file and the
+// reason; "cannot be DONE (code N)" when nothing was logged.
+bool LoadOrSave(LogCounter& log, const std::string& file, std::string_view done,
+                const std::function<int()>& operation) {
+  std::string reason;
+  const int rc = log.Attempt(operation, reason);
+  if (rc == 0) return true;
+  if (reason.empty()) reason = OxKernel::oxConcat("cannot be ", done, " (code ", rc, ")");
   PrintToolLine(reason.find(file) != std::string::npos ? reason : file + ": " + reason);
+  return false;
 }
 
 }  // namespace
 
 bool LoadDocument(oxDAEFile& document, const std::string& file, LogCounter& log) {
-  std::string failure;
-  const int rc = log.Attempt([&] { return document.Load(OxKernel::oxURI(file)); }, failure);
-  if (rc == 0) return true;
-  PrintFailure(file, failure, "cannot be read (code " + std::to_string(rc) + ")");
-  return false;
+  return LoadOrSave(log, file, "read", [&] { return document.Load(OxKernel::oxURI(file)); });
 }
 
 bool SaveDocument(oxDAEFile& document, const std::string& file, LogCounter& log) {
-  std::string failure;
-  const int rc = log.Attempt([&] { return document.Save(OxKernel::oxURI(file)); }, failure);
-  if (rc == 0) return true;
-  PrintFailure(file, failure, "cannot be written (code " + std::to_string(rc) + ")");
-  return false;
+  return LoadOrSave(log, file, "written", [&] { return document.Save(OxKernel::oxURI(file)); });
 }
 
 std::string NumberText(float value) {
@@ -113,7 +132,7 @@ Json JsonMatrix(const OxMath::oxMatrix44& matrix) {
   return values;
 }
 
-Json JsonText(const OxKernel::oxString& text) {
+Json JsonText(std::string_view text) {
   if (text.empty()) return nullptr;
   return text;
 }
@@ -145,6 +164,23 @@ const oxDAEVisualScene* DefaultVisualScene(const oxDAEFile& document) {
     if (const oxDAEVisualScene* scene = oxDAEVisualScene::DynamicCast(element.get())) return scene;
   }
   return nullptr;
+}
+
+void ForEachNode(const oxDAEVisualScene& scene,
+                 const std::function<void(const oxDAENode&, size_t depth)>& visit) {
+  std::vector<std::pair<const oxDAENode*, size_t>> pending;
+  // Pushed last to first, so that the first is taken first.
+  const auto push = [&pending](const oxArray<oxDAENode*>& nodes, size_t depth) {
+    for (auto it = nodes.rbegin(); it != nodes.rend(); ++it)
+      pending.emplace_back(*it, depth);
+  };
+  push(scene.nodes, 0);
+  while (!pending.empty()) {
+    const auto [node, depth] = pending.back();
+    pending.pop_back();
+    visit(*node, depth);
+    push(node->nodes, depth + 1);
+  }
 }
 
 }  // namespace oxdae

@@ -1,6 +1,7 @@
 // What the oxdae commands share: how a command joins the command line, the
-// log counter, loading and saving with one line per failure, the visual
-// scene a command looks at, and numbers written as text and as JSON.
+// log counter, loading and saving with one line per failure, report output
+// as text or JSON, the visual scene a command looks at and the walk over
+// its nodes, and numbers written as text and as JSON.
 //
 // Standard error carries the log records ("error: TEXT", "warning: TEXT")
 // in the order they were logged, and the tool's own lines ("oxdae: TEXT");
@@ -14,6 +15,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <oxDAEReadWrite/oxDAEReadWrite.h>
@@ -75,13 +77,24 @@ class LogCounter {
   OxKernel::oxScopedLogSink m_sink;
 };
 
+// Adds the FILE argument, then what `between` adds, then the --json flag
+// ("print the WHAT as one JSON object") to `command`.
+void AddFileAndJSON(CLI::App& command, std::string& file, bool& json, const std::string& what,
+                    const std::function<void()>& between = {});
+
 // Writes "oxdae: TEXT" on standard error.
 void PrintToolLine(const std::string& text);
 // Writes `text` on standard output.
 void PrintText(const std::string& text);
-// Writes `value` on standard output as one line of JSON; text that is not
-// valid UTF-8 is written with replacement characters.
+// `value` as one line of JSON text, without line end; text that is not valid
+// UTF-8 is written with replacement characters.
+std::string JsonLine(const Json& value);
+// Writes `value` on standard output as JsonLine(value) and a line end.
 void PrintJSON(const Json& value);
+// Prints the report of a command: asJSON() with --json (`json`), else
+// asText().
+void Print(bool json, const std::function<Json()>& asJSON,
+           const std::function<std::string()>& asText);
 
 // Loads `file`; false after one line saying why it could not be read.
 bool LoadDocument(OxDAEReader::oxDAEFile& document, const std::string& file, LogCounter& log);
@@ -97,7 +110,7 @@ Json JsonNumber(float value);
 // The 16 values of `matrix` in their storage order.
 Json JsonMatrix(const OxMath::oxMatrix44& matrix);
 // `text` as a JSON string; null when empty.
-Json JsonText(const OxKernel::oxString& text);
+Json JsonText(std::string_view text);
 
 // Adds "--time T" (required or not) to `command`: a finite float.
 CLI::Option* AddTimeOption(CLI::App& command, float& time, bool required);
@@ -105,11 +118,29 @@ CLI::Option* AddTimeOption(CLI::App& command, float& time, bool required);
 // The visual scene that <scene> instances, else the first visual scene of
 // the document; null when there is none.
 const OxDAEReader::oxDAEVisualScene* DefaultVisualScene(const OxDAEReader::oxDAEFile& document);
+// Calls `visit` for every node of `scene` with its depth (0 for the scene's
+// own nodes), depth first in document order. Pending nodes are kept in a
+// list, not on the call stack, so the deepest hierarchy the reader keeps
+// costs no stack.
+void ForEachNode(const OxDAEReader::oxDAEVisualScene& scene,
+                 const std::function<void(const OxDAEReader::oxDAENode&, size_t depth)>& visit);
+
 // The element whose id is `id`, when it is a T; null otherwise.
 template <class T>
 const T* FindByID(const OxDAEReader::oxDAEFile& document, const std::string& id) {
   return T::DynamicCast(document.ResolveURI(OxKernel::oxString("#" + id)));
 }
+
+// FindByID for an id given on the command line: null after the line
+// "FILE: no WHAT with id 'ID'" when it names no T of the document.
+template <class T>
+const T* FindRequested(const OxDAEReader::oxDAEFile& document, const std::string& file,
+                       const std::string& id, const std::string& what) {
+  const T* found = FindByID<T>(document, id);
+  if (!found) PrintToolLine(file + ": no " + what + " with id '" + id + "'");
+  return found;
+}
+
 // Every element of class T, in the order the document read them (nested
 // animations follow their parent: depth first, in document order).
 template <class T>
