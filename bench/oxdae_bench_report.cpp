@@ -1,6 +1,9 @@
 #include "oxdae_bench_report.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <thread>
 
@@ -47,6 +50,54 @@ void PrintMachineLoad() {
     std::printf("  machine   load average %.2f on %u processors\n", load,
                 std::thread::hardware_concurrency());
   }
+}
+
+uint64_t OpenInput(const char* program, const std::string& input, int runs) {
+  std::error_code error;
+  const uint64_t bytes = std::filesystem::file_size(input, error);
+  if (error || bytes == 0) {
+    std::fprintf(stderr, "%s: cannot read %s\n", program, input.c_str());
+    return 0;
+  }
+  std::printf("  input     %s (%s bytes), %d runs per step\n", input.c_str(),
+              Grouped(bytes).c_str(), runs);
+  PrintMachineLoad();
+  return bytes;
+}
+
+void PrintGenerated(uint64_t bytes, uint64_t seed, Clock::time_point start) {
+  std::printf("  generated %s bytes (seed %llu) in %.2f s\n", Grouped(bytes).c_str(),
+              static_cast<unsigned long long>(seed), SecondsSince(start));
+}
+
+void PrintTargetsHeading(const TargetColumns& columns) {
+  std::printf("\n  targets\n  %s\n", std::string(static_cast<size_t>(columns.rule), '-').c_str());
+}
+
+void PrintTarget(const TargetColumns& columns, const char* name, const std::string& measured,
+                 const std::string& target, bool met) {
+  std::printf("  %-17s %-*s %-*s %s\n", name, columns.measured, measured.c_str(), columns.target,
+              target.c_str(), Verdict(met));
+}
+
+void PrintLoadTarget(const TargetColumns& columns, const Timing& load, const Timing& floor,
+                     double target) {
+  const double best = load.Best() / floor.Best();
+  const double median = load.Median() / floor.Median();
+  const double cpu = load.BestCpu() / floor.BestCpu();
+  PrintTarget(columns, "load / floor",
+              Format("%.2fx best, %.2fx median, %.2fx cpu", best, median, cpu),
+              Format("<= %.2fx median", target), median <= target);
+}
+
+TempFile::TempFile(std::string_view program, std::string_view suffix)
+    : m_path((std::filesystem::temp_directory_path() /
+              (std::string(program) + "_" + std::to_string(getpid()) + std::string(suffix)))
+                 .string()) {}
+
+TempFile::~TempFile() {
+  std::error_code ignored;
+  std::filesystem::remove(m_path, ignored);
 }
 
 }  // namespace oxdae_bench

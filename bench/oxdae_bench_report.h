@@ -1,6 +1,6 @@
 // What the benchmark programs share to time their steps and print their
-// tables: wall-clock and processor times of repeated runs, flag parsing and
-// number formatting.
+// tables: wall-clock and processor times of repeated runs, flag parsing,
+// number formatting, the common lines of the reports and temporary files.
 #pragma once
 
 #include <charconv>
@@ -67,5 +67,50 @@ std::string Format(const char* format, Args... args) {
 // Prints the one-minute load average against the processor count: timings
 // of a busy machine are slower and noisier.
 void PrintMachineLoad();
+
+// The size of `input`, after printing it with the runs per step and the
+// machine load; 0, after a message naming `program`, when the file cannot be
+// read or is empty.
+uint64_t OpenInput(const char* program, const std::string& input, int runs);
+
+// The line of a generated input: its size, its seed and the time taken since
+// `start`.
+void PrintGenerated(uint64_t bytes, uint64_t seed, Clock::time_point start);
+
+// The widths of a targets table: its rule, and its measured and target
+// columns.
+struct TargetColumns {
+  int rule;
+  int measured;
+  int target;
+};
+
+// The heading of the targets table.
+void PrintTargetsHeading(const TargetColumns& columns);
+
+// One line of the targets table: what was measured, the target and whether
+// it is met.
+void PrintTarget(const TargetColumns& columns, const char* name, const std::string& measured,
+                 const std::string& target, bool met);
+
+// The line of load time over floor time, met when the median ratio is at
+// most `target`.
+void PrintLoadTarget(const TargetColumns& columns, const Timing& load, const Timing& floor,
+                     double target);
+
+// A file of the temporary directory named "<program>_<process id><suffix>",
+// removed with the object.
+class TempFile {
+ public:
+  TempFile(std::string_view program, std::string_view suffix);
+  ~TempFile();
+  TempFile(const TempFile&) = delete;
+  TempFile& operator=(const TempFile&) = delete;
+
+  const std::string& Path() const { return m_path; }
+
+ private:
+  std::string m_path;
+};
 
 }  // namespace oxdae_bench

@@ -1,7 +1,6 @@
 #include "oxdae_document_generator.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <string_view>
 #include <vector>
@@ -117,66 +116,20 @@ void PutCorner(TextSink& out, Random& random, const MeshPlan& plan, uint64_t fac
 
 // --- Markup ------------------------------------------------------------------
 
-constexpr uint32_t kMaterials = 3;
-constexpr uint32_t kRecordsPerLine = 8;
-
-std::string MeshID(uint32_t index) {
-  return "mesh-" + std::to_string(index);
-}
-
-void PutCountAttribute(TextSink& out, uint64_t count) {
-  out.Put(" count=\"");
-  out.PutUInt(count);
-  out.Put('"');
-}
-
 using PutRecord = void (*)(TextSink&, Random&, const MeshPlan&);
 
 struct SourceLayout {
-  std::string_view name;        // "positions", "normals", "uv"
-  std::string_view paramNames;  // one letter per value of a record
+  std::string_view name;                 // "positions", "normals", "uv"
+  std::vector<std::string_view> params;  // a name for each value of a record
   uint32_t records;
   PutRecord put;
 };
 
-void WriteAccessor(TextSink& out, const std::string& sourceID, const SourceLayout& layout) {
-  out.Put("          <technique_common>\n            <accessor");
-  PutAttribute(out, "source", "#" + sourceID + "-array");
-  PutCountAttribute(out, layout.records);
-  PutAttribute(out, "stride", std::to_string(layout.paramNames.size()));
-  out.Put(">\n");
-  for (char name : layout.paramNames) {
-    out.Put("              <param name=\"");
-    out.Put(name);
-    out.Put("\" type=\"float\"/>\n");
-  }
-  out.Put("            </accessor>\n          </technique_common>\n");
-}
-
+// A float source; each record writes the blank before each of its values.
 void WriteSource(TextSink& out, Random& random, const MeshPlan& plan, const SourceLayout& layout) {
   const std::string id = MeshID(plan.index) + "-" + std::string(layout.name);
-  out.Put("        <source");
-  PutAttribute(out, "id", id);
-  out.Put(">\n          <float_array");
-  PutAttribute(out, "id", id + "-array");
-  PutCountAttribute(out, uint64_t{layout.records} * layout.paramNames.size());
-  out.Put(">");
-  for (uint32_t i = 0; i < layout.records; ++i) {
-    if (i % kRecordsPerLine == 0) out.Put('\n');
-    layout.put(out, random, plan);
-  }
-  out.Put("\n          </float_array>\n");
-  WriteAccessor(out, id, layout);
-  out.Put("        </source>\n");
-}
-
-void WriteVertices(TextSink& out, const MeshPlan& plan) {
-  const std::string id = MeshID(plan.index);
-  out.Put("        <vertices");
-  PutAttribute(out, "id", id + "-vertices");
-  out.Put(">\n          <input semantic=\"POSITION\"");
-  PutAttribute(out, "source", "#" + id + "-positions");
-  out.Put("/>\n        </vertices>\n");
+  WriteArraySource(out, {8, id, "float_array", "float", layout.params, layout.records, ""},
+                   [&](uint32_t) { layout.put(out, random, plan); });
 }
 
 // Starts a primitive element with its three inputs at offsets 0, 1 and 2.
@@ -186,7 +139,7 @@ void StartPrimitive(TextSink& out, std::string_view tag, const MeshPlan& plan, u
   out.Put("        <");
   out.Put(tag);
   PutAttribute(out, "material", "material-" + std::to_string(material) + "-symbol");
-  PutCountAttribute(out, faces);
+  PutUIntAttribute(out, "count", faces);
   out.Put(">\n          <input semantic=\"VERTEX\"");
   PutAttribute(out, "source", "#" + id + "-vertices");
   out.Put(" offset=\"0\"/>\n          <input semantic=\"NORMAL\"");
@@ -247,10 +200,10 @@ void WriteMesh(TextSink& out, Random& random, const MeshPlan& plan) {
   PutAttribute(out, "id", id);
   PutAttribute(out, "name", "Mesh " + std::to_string(plan.index));
   out.Put(">\n      <mesh>\n");
-  WriteSource(out, random, plan, {"positions", "XYZ", plan.positions, PutPosition});
-  WriteSource(out, random, plan, {"normals", "XYZ", plan.normals, PutNormal});
-  WriteSource(out, random, plan, {"uv", "ST", plan.texcoords, PutTexcoord});
-  WriteVertices(out, plan);
+  WriteSource(out, random, plan, {"positions", {"X", "Y", "Z"}, plan.positions, PutPosition});
+  WriteSource(out, random, plan, {"normals", {"X", "Y", "Z"}, plan.normals, PutNormal});
+  WriteSource(out, random, plan, {"uv", {"S", "T"}, plan.texcoords, PutTexcoord});
+  WriteVertices(out, 8, id);
   WriteTriangles(out, random, plan);
   WritePolylist(out, random, plan);
   out.Put("      </mesh>\n    </geometry>\n");
@@ -338,12 +291,11 @@ void WriteNode(TextSink& out, Random& random, uint32_t mesh) {
 // when the meshes are sized.
 std::string SceneText(Random& random, uint32_t meshes) {
   TextSink out;
-  out.Put("  <library_visual_scenes>\n    <visual_scene id=\"scene\" name=\"Generated scene\">\n");
+  PutVisualSceneStart(out);
   for (uint32_t i = 0; i < meshes; ++i)
     WriteNode(out, random, i);
-  out.Put(
-      "    </visual_scene>\n  </library_visual_scenes>\n  <scene>\n"
-      "    <instance_visual_scene url=\"#scene\"/>\n  </scene>\n</COLLADA>\n");
+  PutVisualSceneEnd(out);
+  PutDocumentEnd(out);
   return out.Take();
 }
 
@@ -369,9 +321,7 @@ uint64_t WriteDocument(const DocumentOptions& options, std::FILE* file) {
   TextSink out(file);
   Random random(options.seed);
   const uint32_t meshes = MeshCount(options.bytes);
-  out.Put(
-      "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
-      "<COLLADA xmlns=\"http://www.collada.org/2005/11/COLLADASchema\" version=\"1.4.1\">\n");
+  PutDocumentStart(out);
   WriteAsset(out, options.seed);
   WriteEffects(out, random);
   WriteMaterials(out);

@@ -35,16 +35,17 @@ int Usage() {
 }
 
 struct Arguments {
-  oxdae_bench::DocumentOptions options;
-  oxdae_bench::SceneOptions scene;
+  uint64_t seed = 1;
+  double megabytes = 50.0;
+  oxdae_bench::SceneOptions scene;  // its seed is `seed`, set when it is written
   bool isScene = false;
   std::string output;
 };
 
 // A flag with a value; false for another flag or a bad value.
-bool ParseOption(std::string_view arg, std::string_view value, Arguments& args, double& megabytes) {
-  if (arg == "--megabytes") return ParseNumber(value, megabytes) && megabytes > 0.0;
-  if (arg == "--seed") return ParseNumber(value, args.options.seed);
+bool ParseOption(std::string_view arg, std::string_view value, Arguments& args) {
+  if (arg == "--megabytes") return ParseNumber(value, args.megabytes) && args.megabytes > 0.0;
+  if (arg == "--seed") return ParseNumber(value, args.seed);
   if (arg == "--nodes") return ParseNumber(value, args.scene.nodes);
   if (arg == "--channels") return ParseNumber(value, args.scene.channels);
   if (arg == "--keys") return ParseNumber(value, args.scene.keys);
@@ -52,22 +53,30 @@ bool ParseOption(std::string_view arg, std::string_view value, Arguments& args, 
 }
 
 bool ParseArguments(int argc, char** argv, Arguments& args) {
-  double megabytes = 50.0;
   for (int i = 1; i < argc; ++i) {
     const std::string_view arg = argv[i];
     if (arg == "--scene") {
       args.isScene = true;
     } else if (arg.starts_with("-")) {
-      if (i + 1 >= argc || !ParseOption(arg, argv[++i], args, megabytes)) return false;
+      if (i + 1 >= argc || !ParseOption(arg, argv[++i], args)) return false;
     } else if (args.output.empty()) {
       args.output = std::string(arg);
     } else {
       return false;
     }
   }
-  args.options.bytes = static_cast<uint64_t>(megabytes * 1e6);
-  args.scene.seed = args.options.seed;
   return !args.output.empty();
+}
+
+// The bytes written, 0 when writing failed.
+uint64_t Write(const Arguments& args) {
+  if (args.isScene) {
+    oxdae_bench::SceneOptions scene = args.scene;
+    scene.seed = args.seed;
+    return oxdae_bench::WriteSceneFile(scene, args.output).bytes;
+  }
+  const auto bytes = static_cast<uint64_t>(args.megabytes * 1e6);
+  return oxdae_bench::WriteDocumentFile({bytes, args.seed}, args.output);
 }
 
 }  // namespace
@@ -75,8 +84,7 @@ bool ParseArguments(int argc, char** argv, Arguments& args) {
 int main(int argc, char** argv) {
   Arguments args;
   if (!ParseArguments(argc, argv, args)) return Usage();
-  const uint64_t written = args.isScene ? oxdae_bench::WriteSceneFile(args.scene, args.output).bytes
-                                        : oxdae_bench::WriteDocumentFile(args.options, args.output);
+  const uint64_t written = Write(args);
   if (written == 0) {
     std::fprintf(stderr, "oxdae_generate: cannot write '%s'\n", args.output.c_str());
     return 1;

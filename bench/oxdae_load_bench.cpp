@@ -11,7 +11,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -34,12 +33,13 @@ using oxdae_bench::Grouped;
 using oxdae_bench::LogCounter;
 using oxdae_bench::ModuleUse;
 using oxdae_bench::ParseNumber;
-using oxdae_bench::PrintMachineLoad;
-using oxdae_bench::SecondsSince;
+using oxdae_bench::PrintTarget;
 using oxdae_bench::Stopwatch;
+using oxdae_bench::TempFile;
 using oxdae_bench::Timing;
-using oxdae_bench::Verdict;
 using Clock = oxdae_bench::Clock;
+
+constexpr const char* kProgram = "oxdae_load_bench";
 
 constexpr const char* kUsage =
     "usage: oxdae_load_bench [--file PATH | --megabytes N [--seed N]] [--runs N]\n"
@@ -53,6 +53,7 @@ constexpr double kLoadTarget = 1.5;    // load time / floor time
 constexpr double kMemoryTarget = 3.0;  // peak memory / file size
 constexpr double kSaveTarget = 200.0;  // MB/s
 constexpr double kMegabyte = 1e6;
+constexpr oxdae_bench::TargetColumns kTargetColumns = {86, 44, 18};
 
 // --- Arguments -------------------------------------------------------------------
 
@@ -186,8 +187,8 @@ Peak MeasurePeak(const char* step, const std::string& input, const std::string& 
     dup2(fds[1], STDOUT_FILENO);
     close(fds[0]);
     close(fds[1]);
-    execl("/proc/self/exe", "oxdae_load_bench", kPeakChildFlag.data(), step, input.c_str(),
-          output.c_str(), static_cast<char*>(nullptr));
+    execl("/proc/self/exe", kProgram, kPeakChildFlag.data(), step, input.c_str(), output.c_str(),
+          static_cast<char*>(nullptr));
     _exit(127);
   }
   close(fds[1]);
@@ -240,42 +241,19 @@ struct Results {
 
 // --- Runs ------------------------------------------------------------------------
 
-void AddFloorRun(const oxdae_bench::FloorResult& run, FloorTimings& t) {
+// The phases of a floor run; its total is kept by the caller.
+void AddFloorPhases(const oxdae_bench::FloorResult& run, FloorTimings& t) {
   t.last = run;
-  t.total.seconds.push_back(run.TotalSeconds());
-  t.total.cpuSeconds.push_back(run.cpuSeconds);
   t.read.seconds.push_back(run.readSeconds);
   t.parse.seconds.push_back(run.parseSeconds);
   t.convert.seconds.push_back(run.convertSeconds);
   t.release.seconds.push_back(run.releaseSeconds);
 }
 
-// Times Load into a new document; the document is destroyed outside the
-// timed span. Returns Load's result.
-int TimeLoad(const std::string& input, Timing& t) {
-  oxDAEFile document;
-  const Stopwatch watch;
-  const int rc = document.Load(OxKernel::oxURI(input));
-  watch.Stop(t);
-  return rc;
-}
-
-// Floor and Load take turns, so that both see the same machine load.
 bool TimeLoads(const std::string& input, int runs, Results& r) {
-  for (int i = 0; i < runs; ++i) {
-    const oxdae_bench::FloorResult floor = oxdae_bench::LoadFloor(input);
-    if (!floor.ok) {
-      std::fprintf(stderr, "oxdae_load_bench: %s is not readable XML\n", input.c_str());
-      return false;
-    }
-    AddFloorRun(floor, r.floor);
-    if (const int rc = TimeLoad(input, r.load); rc != 0) {
-      std::fprintf(stderr, "oxdae_load_bench: oxDAEFile::Load of %s returned %d\n", input.c_str(),
-                   rc);
-      return false;
-    }
-  }
-  return true;
+  return oxdae_bench::TimeLoadsAgainstFloor(
+      kProgram, input, runs, r.floor.total, r.load,
+      [&r](const oxdae_bench::FloorResult& run) { AddFloorPhases(run, r.floor); });
 }
 
 bool TimeSave(oxDAEFile& document, const std::string& output, int runs, Timing& t) {
@@ -336,10 +314,7 @@ void PrintContent(const Results& r, const LogCounter& log) {
   std::printf("            document: %s floats + %s ints in %s elements\n",
               Grouped(r.counts.floats).c_str(), Grouped(r.counts.ints).c_str(),
               Grouped(r.counts.elements).c_str());
-  std::printf("  log       %llu errors, %llu warnings over all loads%s%s\n",
-              static_cast<unsigned long long>(log.errors),
-              static_cast<unsigned long long>(log.warnings),
-              log.first.empty() ? "" : "; first: ", log.first.c_str());
+  oxdae_bench::PrintLog(log);
 }
 
 void PrintTimings(const Results& r) {
@@ -365,28 +340,18 @@ void PrintMemory(const Results& r) {
   std::printf("  (save steps start from a loaded document, which is not counted)\n");
 }
 
-// One line of the targets table: what was measured, the target and whether
-// it is met.
-void PrintTarget(const char* name, const std::string& measured, const std::string& target,
-                 bool met) {
-  std::printf("  %-17s %-44s %-18s %s\n", name, measured.c_str(), target.c_str(), Verdict(met));
-}
-
 void PrintTargets(const Results& r) {
-  const double best = r.load.Best() / r.floor.total.Best();
-  const double median = r.load.Median() / r.floor.total.Median();
-  const double cpu = r.load.BestCpu() / r.floor.total.BestCpu();
   const double memory = static_cast<double>(r.loadPeak.bytes) / static_cast<double>(r.inputBytes);
   const double save = static_cast<double>(r.savedBytes) / kMegabyte / r.save.Best();
   const double saveString = static_cast<double>(r.stringBytes) / kMegabyte / r.saveString.Best();
-  std::printf("\n  targets\n  %s\n", std::string(86, '-').c_str());
-  PrintTarget("load / floor", Format("%.2fx best, %.2fx median, %.2fx cpu", best, median, cpu),
-              Format("<= %.2fx median", kLoadTarget), median <= kLoadTarget);
+  oxdae_bench::PrintTargetsHeading(kTargetColumns);
+  oxdae_bench::PrintLoadTarget(kTargetColumns, r.load, r.floor.total, kLoadTarget);
   if (r.loadPeak.ok) {
-    PrintTarget("load peak / file", Format("%.2fx", memory), Format("<  %.2fx", kMemoryTarget),
-                memory < kMemoryTarget);
+    PrintTarget(kTargetColumns, "load peak / file", Format("%.2fx", memory),
+                Format("<  %.2fx", kMemoryTarget), memory < kMemoryTarget);
   }
-  PrintTarget("save speed", Format("%.0f MB/s file, %.0f MB/s string (best)", save, saveString),
+  PrintTarget(kTargetColumns, "save speed",
+              Format("%.0f MB/s file, %.0f MB/s string (best)", save, saveString),
               Format(">= %.0f MB/s file", kSaveTarget), save >= kSaveTarget);
 }
 
@@ -394,22 +359,9 @@ void PrintTargets(const Results& r) {
 
 // The temporary files of one run, removed at the end.
 struct TempFiles {
-  std::string generated, saved, peakSaved;
-  TempFiles() {
-    const std::string base =
-        (std::filesystem::temp_directory_path() / ("oxdae_load_bench_" + std::to_string(getpid())))
-            .string();
-    generated = base + ".dae";
-    saved = base + "_saved.dae";
-    peakSaved = base + "_peak_saved.dae";
-  }
-  ~TempFiles() {
-    std::error_code ignored;
-    for (const std::string* path : {&generated, &saved, &peakSaved})
-      std::filesystem::remove(*path, ignored);
-  }
-  TempFiles(const TempFiles&) = delete;
-  TempFiles& operator=(const TempFiles&) = delete;
+  TempFile generated{kProgram, ".dae"};
+  TempFile saved{kProgram, "_saved.dae"};
+  TempFile peakSaved{kProgram, "_peak_saved.dae"};
 };
 
 bool PrepareInput(const Options& options, const TempFiles& temp, std::string& input) {
@@ -417,20 +369,20 @@ bool PrepareInput(const Options& options, const TempFiles& temp, std::string& in
     input = options.file;
     return true;
   }
-  input = temp.generated;
+  input = temp.generated.Path();
   const Clock::time_point start = Clock::now();
   const uint64_t written = oxdae_bench::WriteDocumentFile(options.document, input);
   if (written == 0) return false;
-  std::printf("  generated %s bytes (seed %llu) in %.2f s\n", Grouped(written).c_str(),
-              static_cast<unsigned long long>(options.document.seed), SecondsSince(start));
+  oxdae_bench::PrintGenerated(written, options.document.seed, start);
   return true;
 }
 
 void MeasurePeaks(const std::string& input, const TempFiles& temp, Results& r) {
-  r.floorPeak = MeasurePeak("floor", input, temp.peakSaved);
-  r.loadPeak = MeasurePeak("load", input, temp.peakSaved);
-  r.savePeak = MeasurePeak("save", input, temp.peakSaved);
-  r.stringPeak = MeasurePeak("save-string", input, temp.peakSaved);
+  const std::string& output = temp.peakSaved.Path();
+  r.floorPeak = MeasurePeak("floor", input, output);
+  r.loadPeak = MeasurePeak("load", input, output);
+  r.savePeak = MeasurePeak("save", input, output);
+  r.stringPeak = MeasurePeak("save-string", input, output);
 }
 
 bool MeasureTimes(const std::string& input, const TempFiles& temp, int runs, Results& r) {
@@ -438,12 +390,12 @@ bool MeasureTimes(const std::string& input, const TempFiles& temp, int runs, Res
   oxDAEFile document;
   document.Load(OxKernel::oxURI(input));
   r.counts = CountValues(document);
-  if (!TimeSave(document, temp.saved, runs, r.save) ||
+  if (!TimeSave(document, temp.saved.Path(), runs, r.save) ||
       !TimeSaveToString(document, runs, r.saveString, r.stringBytes)) {
-    std::fprintf(stderr, "oxdae_load_bench: saving failed\n");
+    std::fprintf(stderr, "%s: saving failed\n", kProgram);
     return false;
   }
-  r.savedBytes = std::filesystem::file_size(temp.saved);
+  r.savedBytes = std::filesystem::file_size(temp.saved.Path());
   return true;
 }
 
@@ -452,21 +404,14 @@ int Run(const Options& options) {
   const LogCounter log;
   const TempFiles temp;
   std::string input;
-  std::printf("oxdae_load_bench\n");
+  std::printf("%s\n", kProgram);
   if (!PrepareInput(options, temp, input)) {
-    std::fprintf(stderr, "oxdae_load_bench: cannot write %s\n", input.c_str());
+    std::fprintf(stderr, "%s: cannot write %s\n", kProgram, input.c_str());
     return 1;
   }
   Results r;
-  std::error_code error;
-  r.inputBytes = std::filesystem::file_size(input, error);
-  if (error || r.inputBytes == 0) {
-    std::fprintf(stderr, "oxdae_load_bench: cannot read %s\n", input.c_str());
-    return 1;
-  }
-  std::printf("  input     %s (%s bytes), %d runs per step\n", input.c_str(),
-              Grouped(r.inputBytes).c_str(), options.runs);
-  PrintMachineLoad();
+  r.inputBytes = oxdae_bench::OpenInput(kProgram, input, options.runs);
+  if (r.inputBytes == 0) return 1;
   MeasurePeaks(input, temp, r);
   if (!MeasureTimes(input, temp, options.runs, r)) return 1;
   PrintContent(r, log);

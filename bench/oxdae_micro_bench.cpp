@@ -2,9 +2,6 @@
 // (parsing and writing 1 MB of numbers) and of a whole load and save of a
 // small generated document. Google Benchmark's own flags apply, for example
 // --benchmark_filter=Parse or --benchmark_repetitions=5.
-#include <unistd.h>
-
-#include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,6 +12,7 @@
 #include <oxKernel/oxLog.h>
 #include <oxKernel/oxXML.h>
 
+#include "oxdae_bench_report.h"
 #include "oxdae_document_generator.h"
 #include "oxdae_floor.h"
 
@@ -148,19 +146,9 @@ BENCHMARK(BM_WriteInts);
 
 // A generated document in a temporary file, removed at the end.
 struct SmallDocument {
-  std::string path;
-  uint64_t bytes = 0;
-  SmallDocument()
-      : path((std::filesystem::temp_directory_path() /
-              ("oxdae_micro_bench_" + std::to_string(getpid()) + ".dae"))
-                 .string()),
-        bytes(oxdae_bench::WriteDocumentFile({kSmallDocumentBytes, 1}, path)) {}
-  ~SmallDocument() {
-    std::error_code ignored;
-    std::filesystem::remove(path, ignored);
-  }
-  SmallDocument(const SmallDocument&) = delete;
-  SmallDocument& operator=(const SmallDocument&) = delete;
+  oxdae_bench::TempFile file{"oxdae_micro_bench", ".dae"};
+  std::string path = file.Path();
+  uint64_t bytes = oxdae_bench::WriteDocumentFile({kSmallDocumentBytes, 1}, path);
 };
 
 void Load(benchmark::State& state, const SmallDocument& document) {

@@ -8,10 +8,7 @@
 // Without --file a scene of 100,000 nodes and 1,000 channels of 1,000 keys
 // is generated into a temporary file. Each step runs --runs times (default
 // 5); the table gives the best and the median run.
-#include <unistd.h>
-
 #include <cstdio>
-#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,8 +26,11 @@ using namespace OxDAEReader;
 using oxdae_bench::Format;
 using oxdae_bench::Grouped;
 using oxdae_bench::ParseNumber;
+using oxdae_bench::PrintTarget;
 using oxdae_bench::Stopwatch;
 using oxdae_bench::Timing;
+
+constexpr const char* kProgram = "oxdae_scene_bench";
 
 constexpr const char* kUsage =
     "usage: oxdae_scene_bench [--file PATH | --nodes N --channels N --keys N --seed N]\n"
@@ -47,6 +47,7 @@ constexpr double kLoadTarget = 1.1;      // load time / floor time
 constexpr double kSampleTarget = 10e6;   // scalar samples per second
 constexpr double kSampledMargin = 0.05;  // sampled before the first and after the last key
 constexpr double kMegabyte = 1e6;
+constexpr oxdae_bench::TargetColumns kTargetColumns = {96, 50, 20};
 
 // --- Arguments -------------------------------------------------------------------
 
@@ -137,30 +138,6 @@ struct Results {
   double checksum = 0.0;  // keeps the results in use
 };
 
-// Floor and Load take turns, so that both see the same machine load. The
-// document is destroyed outside the timed span.
-bool TimeLoads(const std::string& input, int runs, Results& r) {
-  for (int i = 0; i < runs; ++i) {
-    const oxdae_bench::FloorResult floor = oxdae_bench::LoadFloor(input);
-    if (!floor.ok) {
-      std::fprintf(stderr, "oxdae_scene_bench: %s is not readable XML\n", input.c_str());
-      return false;
-    }
-    r.floor.seconds.push_back(floor.TotalSeconds());
-    r.floor.cpuSeconds.push_back(floor.cpuSeconds);
-    oxDAEFile document;
-    const Stopwatch watch;
-    const int rc = document.Load(OxKernel::oxURI(input));
-    watch.Stop(r.load);
-    if (rc != 0) {
-      std::fprintf(stderr, "oxdae_scene_bench: oxDAEFile::Load of %s returned %d\n", input.c_str(),
-                   rc);
-      return false;
-    }
-  }
-  return true;
-}
-
 void TimeLocalMatrices(const Content& content, int runs, Results& r) {
   for (int i = 0; i < runs; ++i) {
     double sum = 0.0;
@@ -220,10 +197,7 @@ void PrintContent(const Content& c, const oxdae_bench::LogCounter& log) {
       Grouped(c.nodes.size()).c_str(), Grouped(c.channels.size()).c_str(),
       Grouped(c.scalarsPerSample).c_str(), Grouped(c.boundChannels).c_str(),
       Grouped(c.channelElements).c_str());
-  std::printf("  log       %llu errors, %llu warnings over all loads%s%s\n",
-              static_cast<unsigned long long>(log.errors),
-              static_cast<unsigned long long>(log.warnings),
-              log.first.empty() ? "" : "; first: ", log.first.c_str());
+  oxdae_bench::PrintLog(log);
 }
 
 void PrintHeader() {
@@ -273,57 +247,31 @@ void PrintTimings(const Content& c, const Results& r) {
               static_cast<unsigned long long>(r.failedSamples));
 }
 
-void PrintTarget(const char* name, const std::string& measured, const std::string& target,
-                 bool met) {
-  std::printf("  %-17s %-50s %-20s %s\n", name, measured.c_str(), target.c_str(),
-              oxdae_bench::Verdict(met));
-}
-
 void PrintTargets(const Content& c, const Results& r) {
-  const double best = r.load.Best() / r.floor.Best();
-  const double median = r.load.Median() / r.floor.Median();
-  const double cpu = r.load.BestCpu() / r.floor.BestCpu();
-  std::printf("\n  targets\n  %s\n", std::string(96, '-').c_str());
-  PrintTarget("load / floor", Format("%.2fx best, %.2fx median, %.2fx cpu", best, median, cpu),
-              Format("<= %.2fx median", kLoadTarget), median <= kLoadTarget);
+  oxdae_bench::PrintTargetsHeading(kTargetColumns);
+  oxdae_bench::PrintLoadTarget(kTargetColumns, r.load, r.floor, kLoadTarget);
   if (r.sampleCalls == 0) return;
   const double floats = FloatsPerRun(c, r) / 1e6;
   const double rateBest = floats / r.samples.Best();
   const double rateMedian = floats / r.samples.Median();
   const double rateCpu = floats / r.samples.BestCpu();
-  PrintTarget("channel samples",
+  PrintTarget(kTargetColumns, "channel samples",
               Format("%.1f M floats/s best, %.1f median, %.1f cpu", rateBest, rateMedian, rateCpu),
               Format(">= %.0f M/s median", kSampleTarget / 1e6), rateMedian * 1e6 >= kSampleTarget);
 }
 
 // --- Driver ------------------------------------------------------------------------
 
-// The generated scene, removed at the end.
-struct TempFile {
-  std::string path = (std::filesystem::temp_directory_path() /
-                      ("oxdae_scene_bench_" + std::to_string(getpid()) + ".dae"))
-                         .string();
-  TempFile() = default;
-  ~TempFile() {
-    std::error_code ignored;
-    std::filesystem::remove(path, ignored);
-  }
-  TempFile(const TempFile&) = delete;
-  TempFile& operator=(const TempFile&) = delete;
-};
-
-bool PrepareInput(const Options& options, const TempFile& temp, std::string& input) {
+bool PrepareInput(const Options& options, const oxdae_bench::TempFile& temp, std::string& input) {
   if (!options.file.empty()) {
     input = options.file;
     return true;
   }
-  input = temp.path;
+  input = temp.Path();
   const oxdae_bench::Clock::time_point start = oxdae_bench::Clock::now();
   const oxdae_bench::SceneSummary summary = oxdae_bench::WriteSceneFile(options.scene, input);
   if (summary.bytes == 0) return false;
-  std::printf("  generated %s bytes (seed %llu) in %.2f s\n", Grouped(summary.bytes).c_str(),
-              static_cast<unsigned long long>(options.scene.seed),
-              oxdae_bench::SecondsSince(start));
+  oxdae_bench::PrintGenerated(summary.bytes, options.scene.seed, start);
   PrintScene(summary);
   return true;
 }
@@ -331,24 +279,17 @@ bool PrepareInput(const Options& options, const TempFile& temp, std::string& inp
 int Run(const Options& options) {
   const oxdae_bench::ModuleUse module;
   const oxdae_bench::LogCounter log;
-  const TempFile temp;
+  const oxdae_bench::TempFile temp(kProgram, ".dae");
   std::string input;
-  std::printf("oxdae_scene_bench\n");
+  std::printf("%s\n", kProgram);
   if (!PrepareInput(options, temp, input)) {
-    std::fprintf(stderr, "oxdae_scene_bench: cannot write %s\n", input.c_str());
+    std::fprintf(stderr, "%s: cannot write %s\n", kProgram, input.c_str());
     return 1;
   }
   Results r;
-  std::error_code error;
-  r.inputBytes = std::filesystem::file_size(input, error);
-  if (error || r.inputBytes == 0) {
-    std::fprintf(stderr, "oxdae_scene_bench: cannot read %s\n", input.c_str());
-    return 1;
-  }
-  std::printf("  input     %s (%s bytes), %d runs per step\n", input.c_str(),
-              Grouped(r.inputBytes).c_str(), options.runs);
-  oxdae_bench::PrintMachineLoad();
-  if (!TimeLoads(input, options.runs, r)) return 1;
+  r.inputBytes = oxdae_bench::OpenInput(kProgram, input, options.runs);
+  if (r.inputBytes == 0) return 1;
+  if (!oxdae_bench::TimeLoadsAgainstFloor(kProgram, input, options.runs, r.floor, r.load)) return 1;
   oxDAEFile document;
   document.Load(OxKernel::oxURI(input));
   const Content content = FindContent(document);

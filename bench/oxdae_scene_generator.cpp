@@ -4,6 +4,7 @@
 #include <cmath>
 #include <initializer_list>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "oxdae_generator_support.h"
@@ -13,9 +14,7 @@ namespace oxdae_bench {
 namespace {
 
 constexpr uint32_t kMeshes = 8;
-constexpr uint32_t kMaterials = 3;
 constexpr uint32_t kPrototypes = 8;  // library nodes that <instance_node> names
-constexpr uint32_t kRecordsPerLine = 8;
 constexpr double kFramesPerSecond = 30.0;
 
 // --- Plans -------------------------------------------------------------------
@@ -82,14 +81,6 @@ std::string NodeID(uint32_t index) {
   return "node-" + std::to_string(index);
 }
 
-void PutUIntAttribute(TextSink& out, std::string_view name, uint64_t value) {
-  PutAttribute(out, name, std::to_string(value));
-}
-
-void PutIndent(TextSink& out, uint32_t spaces) {
-  out.Put(std::string(spaces, ' '));
-}
-
 // Writes the values separated by blanks.
 void PutNumbers(TextSink& out, std::initializer_list<double> values, int decimals) {
   bool first = true;
@@ -112,38 +103,13 @@ void PutValues(TextSink& out, std::string_view tag, std::initializer_list<double
   out.Put(">\n");
 }
 
-// A source of `records` records: the array element `arrayTag` with
-// `records * params.size()` values that `putRecord` writes one record at a
-// time, and an accessor with one parameter per name.
+// A source of the scene: at six spaces, its records separated by blanks.
 template <class PutRecord>
 void WriteSource(TextSink& out, const std::string& id, std::string_view arrayTag,
-                 std::string_view paramType, std::initializer_list<std::string_view> params,
-                 uint32_t records, PutRecord&& putRecord) {
-  out.Put("      <source");
-  PutAttribute(out, "id", id);
-  out.Put(">\n        <");
-  out.Put(arrayTag);
-  PutAttribute(out, "id", id + "-array");
-  PutUIntAttribute(out, "count", uint64_t{records} * params.size());
-  out.Put(">");
-  for (uint32_t i = 0; i < records; ++i) {
-    out.Put(i % kRecordsPerLine == 0 ? '\n' : ' ');
-    putRecord(i);
-  }
-  out.Put("\n        </");
-  out.Put(arrayTag);
-  out.Put(">\n        <technique_common>\n          <accessor");
-  PutAttribute(out, "source", "#" + id + "-array");
-  PutUIntAttribute(out, "count", records);
-  PutUIntAttribute(out, "stride", params.size());
-  out.Put(">\n");
-  for (std::string_view name : params) {
-    out.Put("            <param");
-    PutAttribute(out, "name", name);
-    PutAttribute(out, "type", paramType);
-    out.Put("/>\n");
-  }
-  out.Put("          </accessor>\n        </technique_common>\n      </source>\n");
+                 std::string_view paramType, std::vector<std::string_view> params, uint32_t records,
+                 PutRecord&& putRecord) {
+  WriteArraySource(out, {6, id, arrayTag, paramType, std::move(params), records, " "},
+                   std::forward<PutRecord>(putRecord));
 }
 
 // --- Animations ------------------------------------------------------------------
@@ -281,7 +247,7 @@ constexpr uint8_t kBoxTriangles[36] = {0, 2, 1, 1, 2, 3, 4, 5, 6, 5, 7, 6, 0, 1,
 void WriteGeometries(TextSink& out, Random& random) {
   out.Put("  <library_geometries>\n");
   for (uint32_t i = 0; i < kMeshes; ++i) {
-    const std::string id = "mesh-" + std::to_string(i);
+    const std::string id = MeshID(i);
     const double size[3] = {random.Between(0.5, 5.0), random.Between(0.5, 5.0),
                             random.Between(0.5, 5.0)};
     out.Put("    <geometry");
@@ -294,11 +260,8 @@ void WriteGeometries(TextSink& out, Random& random) {
                     out.PutFixed((corner >> c) & 1 ? size[c] : -size[c], 3);
                   }
                 });
-    out.Put("      <vertices");
-    PutAttribute(out, "id", id + "-vertices");
-    out.Put(">\n        <input semantic=\"POSITION\"");
-    PutAttribute(out, "source", "#" + id + "-positions");
-    out.Put("/>\n      </vertices>\n      <triangles material=\"surface\" count=\"12\">\n");
+    WriteVertices(out, 6, id);
+    out.Put("      <triangles material=\"surface\" count=\"12\">\n");
     out.Put("        <input semantic=\"VERTEX\"");
     PutAttribute(out, "source", "#" + id + "-vertices");
     out.Put(" offset=\"0\"/>\n        <p>");
@@ -313,7 +276,7 @@ void WriteGeometries(TextSink& out, Random& random) {
 
 void WriteGeometryInstance(TextSink& out, uint32_t indent, uint32_t mesh, uint32_t material) {
   PutIndent(out, indent);
-  out.Put("<instance_geometry url=\"#mesh-" + std::to_string(mesh) + "\">\n");
+  out.Put("<instance_geometry url=\"#" + MeshID(mesh) + "\">\n");
   PutIndent(out, indent + 2);
   out.Put("<bind_material><technique_common>\n");
   PutIndent(out, indent + 4);
@@ -451,7 +414,7 @@ void CloseNodes(TextSink& out, uint32_t& open, uint32_t depth) {
 
 void WriteVisualScene(TextSink& out, Random& random, const std::vector<NodePlan>& nodes,
                       SceneSummary& summary) {
-  out.Put("  <library_visual_scenes>\n    <visual_scene id=\"scene\" name=\"Generated scene\">\n");
+  PutVisualSceneStart(out);
   uint32_t open = 0;
   for (uint32_t i = 0; i < nodes.size(); ++i) {
     const NodePlan& plan = nodes[i];
@@ -469,9 +432,7 @@ void WriteVisualScene(TextSink& out, Random& random, const std::vector<NodePlan>
     summary.matrixNodes += plan.matrix ? 1 : 0;
   }
   CloseNodes(out, open, 0);
-  out.Put(
-      "    </visual_scene>\n  </library_visual_scenes>\n  <scene>\n"
-      "    <instance_visual_scene url=\"#scene\"/>\n  </scene>\n");
+  PutVisualSceneEnd(out);
 }
 
 void WriteAsset(TextSink& out, uint64_t seed) {
@@ -497,12 +458,9 @@ SceneSummary WriteScene(const SceneOptions& options, std::FILE* file) {
   summary.nodes = options.nodes;
   summary.libraryNodes = kPrototypes;
   summary.keys = options.keys;
-  summary.lastKeyTime = options.keys > 0 ? (options.keys - 1) / kFramesPerSecond : 0.0;
   for (const ChannelPlan& c : channels)
     ++(c.angle ? summary.angleChannels : summary.translateChannels);
-  out.Put(
-      "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
-      "<COLLADA xmlns=\"http://www.collada.org/2005/11/COLLADASchema\" version=\"1.4.1\">\n");
+  PutDocumentStart(out);
   WriteAsset(out, options.seed);
   WriteAnimations(out, random, channels, options.keys);
   WriteLights(out);
@@ -511,7 +469,7 @@ SceneSummary WriteScene(const SceneOptions& options, std::FILE* file) {
   WriteGeometries(out, random);
   WriteLibraryNodes(out, random);
   WriteVisualScene(out, random, nodes, summary);
-  out.Put("</COLLADA>\n");
+  PutDocumentEnd(out);
   summary.bytes = out.Finish() ? out.Size() : 0;
   return summary;
 }

@@ -41,7 +41,6 @@ struct SceneSummary {
   uint32_t angleChannels = 0;      // one float per key
   uint32_t translateChannels = 0;  // three floats per key
   uint32_t keys = 0;               // per channel
-  double lastKeyTime = 0.0;        // every channel's keys run from 0 to this
 };
 
 // Writes the scene; the summary's bytes are 0 when writing failed.

@@ -1,30 +1,16 @@
 // Channel targets: paths, the document's target table, arrays of members and
 // the values sampled under an animation.
+#include "animation_markup.h"
 #include "oxTestSupport.h"
 
 using namespace OxDAEReader;
 using oxtest::Collada;
 using oxtest::Error;
+using oxtest::FloatSource;
 using oxtest::LogEntry;
+using oxtest::Sampler;
 
 namespace {
-
-// A float <source> "id" of two records of `stride` floats.
-std::string Source(const std::string& id, const std::string& floats, unsigned int stride) {
-  return "<source id=\"" + id + "\"><float_array id=\"" + id + "-a\" count=\"" +
-         std::to_string(2 * stride) + "\">" + floats +
-         "</float_array><technique_common><accessor source=\"#" + id +
-         "-a\" count=\"2\" stride=\"" + std::to_string(stride) + "\"/></technique_common></source>";
-}
-
-// A sampler over the times 0 1 and `values`; without interpolation input it
-// has no controller and samples exact keys only.
-std::string Sampler(const std::string& id, const std::string& values, bool interpolation = true) {
-  return "<sampler id=\"" + id + "\"><input semantic=\"INPUT\" source=\"#times\"/>" +
-         "<input semantic=\"OUTPUT\" source=\"#" + values + "\"/>" +
-         (interpolation ? "<input semantic=\"INTERPOLATION\" source=\"#interp\"/>" : "") +
-         "</sampler>";
-}
 
 // A channel "id" on sampler "s" with no target yet.
 std::string Channel(const std::string& id, const std::string& sampler) {
@@ -42,19 +28,19 @@ std::string Zeros(unsigned int n) {
 // time 0 to 10, 20, ... at time 1), a direct child "child" and a grandchild
 // "grand"; a separate animation "other".
 const std::string kAnimations = Collada(
-    "<library_animations><animation id=\"a\">" + Source("times", "0 1", 1) +
-    R"(<source id="interp"><Name_array id="interp-a" count="2">LINEAR LINEAR</Name_array>
-       <technique_common><accessor source="#interp-a" count="2"/></technique_common></source>)" +
-    Source("v1", "0 10", 1) + Source("v3", "0 0 0 10 20 30", 3) +
-    Source("v4", "0 0 0 0 10 20 30 40", 4) + Source("v9", Zeros(9) + "1 2 3 4 5 6 7 8 9", 9) +
-    Source("v16", Zeros(16) + "1 0 0 7 0 1 0 8 0 0 1 9 0 0 0 1", 16) + Source("vx", "3 4", 1) +
-    Sampler("s1", "v1") + Sampler("s3", "v3") + Sampler("s4", "v4") + Sampler("s9", "v9") +
-    Sampler("s16", "v16") + Sampler("sx", "vx", false) + Channel("c1", "s1") +
-    Channel("c1b", "s1") + Channel("c3", "s3") + Channel("c4", "s4") + Channel("c9", "s9") +
-    Channel("c16", "s16") + Channel("cx", "sx") + "<animation id=\"child\">" + Sampler("sc", "v1") +
-    Channel("cc", "sc") + "<animation id=\"grand\">" + Sampler("sg", "v1") + Channel("cg", "sg") +
-    "</animation></animation></animation><animation id=\"other\">" + Sampler("so", "v3") +
-    Channel("co", "so") + "</animation></library_animations>");
+    "<library_animations><animation id=\"a\">" + FloatSource("times", "0 1", 2, 1) +
+    oxtest::InterpolationSource(2) + FloatSource("v1", "0 10", 2, 1) +
+    FloatSource("v3", "0 0 0 10 20 30", 2, 3) + FloatSource("v4", "0 0 0 0 10 20 30 40", 2, 4) +
+    FloatSource("v9", Zeros(9) + "1 2 3 4 5 6 7 8 9", 2, 9) +
+    FloatSource("v16", Zeros(16) + "1 0 0 7 0 1 0 8 0 0 1 9 0 0 0 1", 2, 16) +
+    FloatSource("vx", "3 4", 2, 1) + Sampler("s1", "times", "v1") + Sampler("s3", "times", "v3") +
+    Sampler("s4", "times", "v4") + Sampler("s9", "times", "v9") + Sampler("s16", "times", "v16") +
+    Sampler("sx", "times", "vx", false) + Channel("c1", "s1") + Channel("c1b", "s1") +
+    Channel("c3", "s3") + Channel("c4", "s4") + Channel("c9", "s9") + Channel("c16", "s16") +
+    Channel("cx", "sx") + "<animation id=\"child\">" + Sampler("sc", "times", "v1") +
+    Channel("cc", "sc") + "<animation id=\"grand\">" + Sampler("sg", "times", "v1") +
+    Channel("cg", "sg") + "</animation></animation></animation><animation id=\"other\">" +
+    Sampler("so", "times", "v3") + Channel("co", "so") + "</animation></library_animations>");
 
 }  // namespace
 

@@ -1,61 +1,34 @@
 // Animations, samplers, channels and animation clips.
 #include <cmath>
 #include <limits>
-#include <sstream>
 
+#include "animation_markup.h"
 #include "oxTestSupport.h"
 
 using namespace OxDAEReader;
 using oxtest::Collada;
 using oxtest::Error;
+using oxtest::FloatSource;
+using oxtest::Sampler;
 using oxtest::Warning;
 
 namespace {
 
-// A <source> "id" whose float array holds `floats`, read by an accessor of
-// `records` records of `stride` floats; `accessorExtra` adds attributes.
-std::string Source(std::string_view id, std::string_view floats, unsigned int records,
-                   unsigned int stride, std::string_view accessorExtra = "") {
-  std::istringstream tokens{std::string(floats)};
-  std::string token;
-  unsigned int count = 0;
-  while (tokens >> token)
-    ++count;
-  std::ostringstream xml;
-  xml << "<source id=\"" << id << "\"><float_array id=\"" << id << "-a\" count=\"" << count << "\">"
-      << floats << "</float_array><technique_common><accessor source=\"#" << id << "-a\" count=\""
-      << records << "\" stride=\"" << stride << "\" " << accessorExtra
-      << "/></technique_common></source>";
-  return xml.str();
-}
-
-constexpr std::string_view kInterpolation =
-    R"(<source id="interp"><Name_array id="interp-a" count="1">LINEAR</Name_array>
-       <technique_common><accessor source="#interp-a" count="1"/></technique_common></source>)";
-
-// A <sampler> "id" over the sources "input" and "output" and the
-// interpolation source above (left out when `interpolation` is false).
-std::string Sampler(std::string_view id, std::string_view input, std::string_view output,
-                    bool interpolation = true) {
-  std::string xml = "<sampler id=\"" + std::string(id) + "\">";
-  xml += "<input semantic=\"INPUT\" source=\"#" + std::string(input) + "\"/>";
-  xml += "<input semantic=\"OUTPUT\" source=\"#" + std::string(output) + "\"/>";
-  if (interpolation) xml += R"(<input semantic="INTERPOLATION" source="#interp"/>)";
-  return xml + "</sampler>";
-}
+// One interpolation entry, LINEAR, for all keys.
+const std::string kInterpolation = oxtest::InterpolationSource(1);
 
 // A document with one animation "anim" holding `body` after the
 // interpolation source, followed by `rest`.
 std::string Animation(std::string_view body, std::string_view rest = "") {
-  return Collada("<library_animations><animation id=\"anim\">" + std::string(kInterpolation) +
+  return Collada("<library_animations><animation id=\"anim\">" + kInterpolation +
                  std::string(body) + "</animation></library_animations>" + std::string(rest));
 }
 
 // Times 0 1 2 and the values `values` of `stride` floats per key, sampled
 // by "s".
 std::string Keys(std::string_view values, unsigned int stride, std::string_view outputExtra = "") {
-  return Source("times", "0 1 2", 3, 1) + Source("values", values, 3, stride, outputExtra) +
-         Sampler("s", "times", "values");
+  return FloatSource("times", "0 1 2", 3, 1) +
+         FloatSource("values", values, 3, stride, outputExtra) + Sampler("s", "times", "values");
 }
 
 // Key i of a controller: the value's floats, then the time.
@@ -195,8 +168,8 @@ TEST_XML(SamplerController, ClampsBeforeTheFirstAndAfterTheLastKey,
 }
 
 TEST_XML(SamplerController, InterpolationValuesAreNotRead,
-         Collada(R"(<library_animations><animation>)" + Source("times", "0 1", 2, 1) +
-                 Source("values", "0 10", 2, 1) +
+         Collada(R"(<library_animations><animation>)" + FloatSource("times", "0 1", 2, 1) +
+                 FloatSource("values", "0 10", 2, 1) +
                  R"(<source id="interp"><Name_array id="ia" count="2">STEP STEP</Name_array>
                     <technique_common><accessor source="#ia" count="2"/></technique_common>
                     </source>)" +
@@ -244,11 +217,11 @@ TEST_XML(SamplerController, Stride2KeysAreCountedButNeverFilled,
 }
 
 TEST_XML(SamplerController, MatrixKeysHoldSixteenFloats,
-         Animation(Source("times", "0 1", 2, 1) +
-                   Source("values",
-                          "1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1 "
-                          "1 0 0 8 0 1 0 0 0 0 1 0 0 0 0 1",
-                          2, 16) +
+         Animation(FloatSource("times", "0 1", 2, 1) +
+                   FloatSource("values",
+                               "1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1 "
+                               "1 0 0 8 0 1 0 0 0 0 1 0 0 0 0 1",
+                               2, 16) +
                    Sampler("s", "times", "values"))) {
   const auto* sampler = Find<oxDAESampler>("#s");
   const auto& c = *sampler->controller;
@@ -262,9 +235,10 @@ TEST_XML(SamplerController, MatrixKeysHoldSixteenFloats,
 }
 
 TEST_XML(SamplerController, Stride12GetsNoControllerAndSamplesExactKeys,
-         Animation(Source("times", "0 1", 2, 1) +
-                   Source("values", "0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21 22 23",
-                          2, 12) +
+         Animation(FloatSource("times", "0 1", 2, 1) +
+                   FloatSource("values",
+                               "0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21 22 23", 2,
+                               12) +
                    Sampler("s", "times", "values"))) {
   const auto* sampler = Find<oxDAESampler>("#s");
   EXPECT_EQ(sampler->controller.Get(), nullptr);
@@ -284,7 +258,7 @@ TEST_XML(SamplerController, Stride12GetsNoControllerAndSamplesExactKeys,
 }
 
 TEST_XML(SamplerController, MissingInterpolationGivesNoController,
-         Animation(Source("times", "0 1", 2, 1) + Source("values", "3 4", 2, 1) +
+         Animation(FloatSource("times", "0 1", 2, 1) + FloatSource("values", "3 4", 2, 1) +
                    Sampler("s", "times", "values", false))) {
   const auto* sampler = Find<oxDAESampler>("#s");
   EXPECT_EQ(sampler->controller.Get(), nullptr);
@@ -328,7 +302,7 @@ TEST_XML(SamplerController, ControllerWritesNoMoreThanItsValueSize,
 OX_DOCUMENT_SUITE(ExactKeySampling);
 
 TEST_XML(ExactKeySampling, SamplerWithoutInputFailsAsInvalidSampler,
-         Animation(Source("values", "1 2", 2, 1) +
+         Animation(FloatSource("values", "1 2", 2, 1) +
                    R"(<sampler id="s"><input semantic="OUTPUT" source="#values"/></sampler>)")) {
   float value = 7;
   EXPECT_EQ(Find<oxDAESampler>("#s")->GetFloatValue(0.0f, 1, &value), kDAENoValue);
@@ -337,7 +311,7 @@ TEST_XML(ExactKeySampling, SamplerWithoutInputFailsAsInvalidSampler,
 }
 
 TEST_XML(ExactKeySampling, UnresolvedOutputSourceFailsAsInvalidSampler,
-         Animation(Source("times", "0 1", 2, 1) + Sampler("s", "times", "missing"))) {
+         Animation(FloatSource("times", "0 1", 2, 1) + Sampler("s", "times", "missing"))) {
   float value = 7;
   EXPECT_EQ(Find<oxDAESampler>("#s")->GetFloatValue(0.0f, 1, &value), kDAENoValue);
   EXPECT_EQ(log.entries, (std::vector<oxtest::LogEntry>{Error("invalid sampler")}));
@@ -357,7 +331,7 @@ TEST_XML(ExactKeySampling, InputArrayOfIntsFailsAsInvalidInputDataType,
 }
 
 TEST_XML(ExactKeySampling, OutputArrayOfIntsFailsAsInvalidOutputDataType,
-         Animation(Source("times", "0 1", 2, 1) +
+         Animation(FloatSource("times", "0 1", 2, 1) +
                    R"(<source id="values"><int_array id="va" count="2">0 1</int_array>
                         <technique_common><accessor source="#va" count="2"/></technique_common>
                       </source>)" +
@@ -370,14 +344,14 @@ TEST_XML(ExactKeySampling, OutputArrayOfIntsFailsAsInvalidOutputDataType,
 TEST_XML(
     ExactKeySampling, InputWithoutAccessorFailsAsInvalidInputDataType,
     Animation(R"(<source id="times"><float_array id="ta" count="2">0 1</float_array></source>)" +
-              Source("values", "1 2", 2, 1) + Sampler("s", "times", "values", false))) {
+              FloatSource("values", "1 2", 2, 1) + Sampler("s", "times", "values", false))) {
   float value = 7;
   EXPECT_EQ(Find<oxDAESampler>("#s")->GetFloatValue(0.0f, 1, &value), kDAENoValue);
   EXPECT_EQ(log.entries, (std::vector<oxtest::LogEntry>{Error("invalid input data type")}));
 }
 
 TEST_XML(ExactKeySampling, ValuePastTheOutputArrayFailsWithoutWriting,
-         Animation(Source("times", "0 1 2", 3, 1) + Source("values", "1 2 3 4", 2, 2) +
+         Animation(FloatSource("times", "0 1 2", 3, 1) + FloatSource("values", "1 2 3 4", 2, 2) +
                    Sampler("s", "times", "values", false))) {
   float value[2] = {7, 7};
   EXPECT_EQ(Find<oxDAESampler>("#s")->GetFloatValue(1.0f, 2, value), 0);
@@ -390,8 +364,9 @@ TEST_XML(ExactKeySampling, ValuePastTheOutputArrayFailsWithoutWriting,
 }
 
 TEST_XML(ExactKeySampling, MatchesTheRawArrayIgnoringTheAccessor,
-         Animation(Source("times", "9 0 1", 2, 1, R"(offset="1")") +
-                   Source("values", "10 20 30", 3, 1) + Sampler("s", "times", "values", false))) {
+         Animation(FloatSource("times", "9 0 1", 2, 1, R"(offset="1")") +
+                   FloatSource("values", "10 20 30", 3, 1) +
+                   Sampler("s", "times", "values", false))) {
   float value = 0;
   // 0 is at array position 1, whatever the accessor's offset.
   EXPECT_EQ(Find<oxDAESampler>("#s")->GetFloatValue(0.0f, 1, &value), 0);
@@ -405,7 +380,7 @@ TEST_XML(ExactKeySampling, MatchesTheRawArrayIgnoringTheAccessor,
 OX_DOCUMENT_SUITE(SamplerBadInput);
 
 TEST_XML(SamplerBadInput, InputCountZeroGivesAControllerWithoutKeys,
-         Animation(Source("times", "0 1", 0, 1) + Source("values", "3 4", 2, 1) +
+         Animation(FloatSource("times", "0 1", 0, 1) + FloatSource("values", "3 4", 2, 1) +
                    Sampler("s", "times", "values"))) {
   const auto* sampler = Find<oxDAESampler>("#s");
   ASSERT_NE(sampler->controller.Get(), nullptr);
@@ -418,7 +393,7 @@ TEST_XML(SamplerBadInput, InputCountZeroGivesAControllerWithoutKeys,
 }
 
 TEST_XML(SamplerBadInput, TimesNotIncreasingGiveTheFirstKeyUpToItsTime,
-         Animation(Source("times", "2 1 0", 3, 1) + Source("values", "20 10 0", 3, 1) +
+         Animation(FloatSource("times", "2 1 0", 3, 1) + FloatSource("values", "20 10 0", 3, 1) +
                    Sampler("s", "times", "values"))) {
   const auto* sampler = Find<oxDAESampler>("#s");
   float value = -1;
@@ -430,7 +405,7 @@ TEST_XML(SamplerBadInput, TimesNotIncreasingGiveTheFirstKeyUpToItsTime,
 }
 
 TEST_XML(SamplerBadInput, NaNKeyTimeGivesTheEarlierNeighbour,
-         Animation(Source("times", "0 nan 2", 3, 1) + Source("values", "0 10 20", 3, 1) +
+         Animation(FloatSource("times", "0 nan 2", 3, 1) + FloatSource("values", "0 10 20", 3, 1) +
                    Sampler("s", "times", "values"))) {
   const auto* sampler = Find<oxDAESampler>("#s");
   ASSERT_NE(sampler->controller.Get(), nullptr);
@@ -451,7 +426,7 @@ TEST_XML(SamplerBadInput, NaNSampleTimeGivesTheFirstKey, Animation(Keys("5 6 7",
 }
 
 TEST_XML(SamplerBadInput, NaNTimeIsNeverAnExactKey,
-         Animation(Source("times", "0 nan", 2, 1) + Source("values", "1 2", 2, 1) +
+         Animation(FloatSource("times", "0 nan", 2, 1) + FloatSource("values", "1 2", 2, 1) +
                    Sampler("s", "times", "values", false))) {
   float value = 7;
   EXPECT_EQ(
@@ -479,8 +454,8 @@ TEST_XML(SamplerBadInput, ShortFloatOutputReadsZero, Animation(Keys("5 6", 1))) 
 }
 
 TEST_XML(SamplerBadInput, HugeInputCountIsLoweredToTheArray,
-         Animation(Source("times", "0 1 2", 4000000000u, 1) + Source("values", "5 6 7", 3, 1) +
-                   Sampler("s", "times", "values"))) {
+         Animation(FloatSource("times", "0 1 2", 4000000000u, 1) +
+                   FloatSource("values", "5 6 7", 3, 1) + Sampler("s", "times", "values"))) {
   const auto* sampler = Find<oxDAESampler>("#s");
   ASSERT_NE(sampler->controller.Get(), nullptr);
   EXPECT_EQ(sampler->controller->GetKeysCount(), 3u);
@@ -495,7 +470,7 @@ TEST_XML(SamplerBadInput, HugeArrayAndAccessorCountsStayBounded,
          Animation(R"(<source id="times"><float_array id="ta" count="4000000000">0 1</float_array>
                         <technique_common><accessor source="#ta" count="4000000000"/>
                         </technique_common></source>)" +
-                   Source("values", "5 6", 2, 1) + Sampler("s", "times", "values"))) {
+                   FloatSource("values", "5 6", 2, 1) + Sampler("s", "times", "values"))) {
   const auto* sampler = Find<oxDAESampler>("#s");
   ASSERT_NE(sampler->controller.Get(), nullptr);
   const auto* times = Find<oxDAEFloatArray>("#ta");
@@ -624,7 +599,7 @@ TEST_XML(
 OX_DOCUMENT_SUITE(AnimationWriting);
 
 TEST_XML(AnimationWriting, EveryChannelIsBoundAgainAfterAResaveAndReload,
-         Animation(Keys("1 2 3 4 5 6 7 8 9", 3) + Source("z", "4 5 6", 3, 1) +
+         Animation(Keys("1 2 3 4 5 6 7 8 9", 3) + FloatSource("z", "4 5 6", 3, 1) +
                        Sampler("sz", "times", "z") +
                        R"(<channel id="c1" source="#s" target="n/t"/>
                           <channel id="c2" source="#sz" target="n/t.Z"/>)",
@@ -666,7 +641,7 @@ TEST_XML(AnimationWriting, UnboundChannelWritesTheTextsItRead,
 TEST_XML(AnimationWriting, NestedAnimationsSurviveAResave,
          Collada(R"(<library_animations><animation id="outer">
                       <animation id="inner">)" +
-                 std::string(kInterpolation) + Keys("1 2 3", 1) +
+                 kInterpolation + Keys("1 2 3", 1) +
                  R"(</animation></animation></library_animations>)")) {
   ASSERT_EQ(LoadText(SaveText()), 0);
   const auto* inner = Find<oxDAEAnimation>("#inner");

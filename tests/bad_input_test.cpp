@@ -7,13 +7,14 @@
 using namespace OxDAEReader;
 using oxtest::Collada;
 using oxtest::Error;
+using oxtest::NestedNodes;
 using oxtest::Warning;
 
 OX_DOCUMENT_SUITE(BadInput);
 
 namespace {
 
-const std::vector<oxtest::LogEntry> kNoLog;
+using oxtest::kNoLog;
 
 // The error the XML reader logs for a file it cannot parse.
 oxtest::LogEntry ParseError(const oxtest::TempFile& file, std::string_view why, int offset) {
@@ -64,17 +65,6 @@ const std::string kEncodedDocument = Collada(
     "<unit name=\"cm\" meter=\"0.01\"/></asset>"
     "<library_visual_scenes><visual_scene id=\"vs\" name=\"Sc\xC3\xA8ne\"/>"
     "</library_visual_scenes><scene><instance_visual_scene url=\"#vs\"/></scene>");
-
-// `levels` nodes, each inside the previous one.
-std::string NestedNodes(int levels) {
-  std::string xml;
-  xml.reserve(static_cast<size_t>(levels) * 13);
-  for (int i = 0; i < levels; ++i)
-    xml += "<node>";
-  for (int i = 0; i < levels; ++i)
-    xml += "</node>";
-  return xml;
-}
 
 }  // namespace
 

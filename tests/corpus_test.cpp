@@ -56,16 +56,26 @@ bool IsBroken(const CorpusFile& file) {
   return file.features.find("broken") != std::string::npos;
 }
 
-// Loads `path` into a fresh document and saves it as text; the load's result
-// goes to `rc`.
-std::string LoadAndSave(const std::string& path, int& rc) {
-  oxDAEFile document;
+// Loads `path` into `document` and, when it loads, saves it as text; the
+// load's result goes to `rc`.
+std::string LoadAndSave(oxDAEFile& document, const std::string& path, int& rc) {
   rc = document.Load(OxKernel::oxURI(path));
   OxKernel::oxString xml;
   if (rc == 0) {
     EXPECT_EQ(document.SaveToString(xml), 0) << path;
   }
   return xml;
+}
+
+std::string LoadAndSave(const std::string& path, int& rc) {
+  oxDAEFile document;
+  return LoadAndSave(document, path, rc);
+}
+
+// Loads `xml`, as a file, into `document`; Load's result.
+int LoadText(oxDAEFile& document, const std::string& xml) {
+  const oxtest::TempFile file(xml);
+  return document.Load(file.URI());
 }
 
 std::string SaveOfText(const std::string& xml, int& rc) {
@@ -130,16 +140,15 @@ TEST_P(Corpus, ChannelsBindAgainAfterResave) {
   if (!GetParam().version.starts_with("1.4.")) GTEST_SKIP() << "not read beyond the root";
   oxtest::LogCapture log;
   oxDAEFile document;
-  const int rc = document.Load(OxKernel::oxURI(Path()));
+  int rc = 0;
+  const std::string xml = LoadAndSave(document, Path(), rc);
   if (rc == OxKernel::kXMLNotWellFormed && IsBroken(GetParam()))
     GTEST_SKIP() << "damaged on purpose: not well-formed XML";
   ASSERT_EQ(rc, 0);
+  ASSERT_FALSE(HasFailure()) << "the document does not save";
   const ChannelCount read = CountChannels(document);
-  OxKernel::oxString xml;
-  ASSERT_EQ(document.SaveToString(xml), 0);
-  oxtest::TempFile saved(xml);
   oxDAEFile reloaded;
-  ASSERT_EQ(reloaded.Load(saved.URI()), 0);
+  ASSERT_EQ(LoadText(reloaded, xml), 0);
   EXPECT_EQ(CountChannels(reloaded), read) << GetParam().path;
   RecordProperty("channels_bound", static_cast<int>(read.bound));
   RecordProperty("channels_total", static_cast<int>(read.total));

@@ -15,7 +15,7 @@ OX_DOCUMENT_SUITE(DocumentLoad);
 
 namespace {
 
-const std::vector<oxtest::LogEntry> kNoLog;
+using oxtest::kNoLog;
 
 // The address an element had, for comparisons that must not touch it.
 uintptr_t Address(const oxDAEBaseElement* e) {

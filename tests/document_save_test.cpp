@@ -6,21 +6,10 @@
 
 using namespace OxDAEReader;
 using oxtest::Error;
+using oxtest::kProlog;
+using oxtest::Saved;
 
 OX_DOCUMENT_SUITE(DocumentSave);
-
-namespace {
-
-constexpr std::string_view kProlog = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n";
-constexpr std::string_view kRootStart =
-    "<COLLADA xmlns=\"http://www.collada.org/2005/11/COLLADASchema\" version=\"1.4.1\">\n";
-
-// The text of a saved 1.4.1 document whose root holds `body`.
-std::string Saved(std::string_view body) {
-  return std::string(kProlog) + std::string(kRootStart) + std::string(body) + "</COLLADA>\n";
-}
-
-}  // namespace
 
 TEST_XML(DocumentSave, WritesRootAssetLibrariesInOrderAndScene,
          R"(<COLLADA version="1.4.1">

@@ -5,6 +5,7 @@
 using namespace OxDAEReader;
 using oxtest::Collada;
 using oxtest::Error;
+using oxtest::kProlog;
 using oxtest::Warning;
 
 namespace {
@@ -189,8 +190,6 @@ std::vector<AttributeCase> Entries(const oxDAEAttributes& attributes) {
 bool operator==(const AttributeCase& a, const AttributeCase& b) {
   return a.name == b.name && a.type == b.type && a.value == b.value;
 }
-
-constexpr std::string_view kProlog = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n";
 
 }  // namespace
 

@@ -9,9 +9,8 @@ using oxtest::Warning;
 
 namespace {
 
-const std::vector<oxtest::LogEntry> kNoLog;
-
-constexpr std::string_view kProlog = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n";
+using oxtest::kNoLog;
+using oxtest::kProlog;
 
 // A document with a geometry "g", materials "red" and "blue", a controller
 // "skin", and a visual scene "vs" whose node "n" holds `content`, followed by

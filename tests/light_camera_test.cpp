@@ -8,11 +8,7 @@ using oxtest::Warning;
 
 namespace {
 
-const std::vector<oxtest::LogEntry> kNoLog;
-
-constexpr std::string_view kProlog = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n";
-constexpr std::string_view kRootStart =
-    "<COLLADA xmlns=\"http://www.collada.org/2005/11/COLLADASchema\" version=\"1.4.1\">\n";
+using oxtest::kNoLog;
 
 std::string Lights(std::string_view lights) {
   return Collada("<library_lights>" + std::string(lights) + "</library_lights>");
@@ -25,8 +21,8 @@ std::string Cameras(std::string_view cameras) {
 // The text of a saved document whose root holds one library `tag` with
 // `children` (indented by four blanks).
 std::string SavedLibrary(std::string_view tag, std::string_view children) {
-  return std::string(kProlog) + std::string(kRootStart) + "  <" + std::string(tag) + ">\n" +
-         std::string(children) + "  </" + std::string(tag) + ">\n</COLLADA>\n";
+  return oxtest::Saved("  <" + std::string(tag) + ">\n" + std::string(children) + "  </" +
+                       std::string(tag) + ">\n");
 }
 
 const oxDAELightTechniqueCommon* CommonOf(const oxDAELight* light) {

@@ -6,19 +6,22 @@
 
 #include <oxKernel/oxConstants.h>
 
+#include "animation_markup.h"
 #include "oxTestSupport.h"
 
 using namespace OxDAEReader;
 using OxMath::oxMatrix44;
 using oxtest::Collada;
+using oxtest::ElementText;
 using oxtest::Error;
+using oxtest::NestedNodes;
 using oxtest::Warning;
 
 namespace {
 
 using Hierarchy = oxDAEHierarchyElement;
 
-const std::vector<oxtest::LogEntry> kNoLog;
+using oxtest::kNoLog;
 
 // A document whose <library_nodes id="lib"> holds `nodes`.
 std::string Nodes(std::string_view nodes) {
@@ -55,15 +58,6 @@ oxMatrix44 RotationAboutZ(float degrees) {
   OxMath::oxTransformMatrix44 m;
   m.Create({0.0f, 0.0f, std::sin(half), std::cos(half)}, {0.0f, 0.0f, 0.0f}, {1.0f, 1.0f, 1.0f});
   return m;
-}
-
-// The part of a saved document from `<library_nodes` to its end tag.
-std::string LibraryNodes(const std::string& saved) {
-  const size_t begin = saved.find("<library_nodes");
-  const std::string end = "</library_nodes>";
-  const size_t last = saved.find(end);
-  if (begin == std::string::npos || last == std::string::npos) return {};
-  return saved.substr(begin, last + end.size() - begin);
 }
 
 size_t Occurrences(const std::string& text, std::string_view what) {
@@ -124,7 +118,7 @@ TEST_XML(TransformMatrices, MatrixTextIsStoredTransposed,
 TEST_XML(TransformMatrices, MatrixIsWrittenBackInItsTextOrder,
          Nodes(R"(<node id="n"><matrix sid="m">1 0 0 5 0 1 0 6 0 0 1 7 0 0 0 1</matrix></node>)")) {
   EXPECT_EQ(TransformMatrix("n").m[12], 5.0f);
-  EXPECT_EQ(LibraryNodes(SaveText()), R"(<library_nodes id="lib">
+  EXPECT_EQ(ElementText(SaveText(), "library_nodes"), R"(<library_nodes id="lib">
     <node id="n" type="NODE">
       <matrix sid="m">1 0 0 5 0 1 0 6 0 0 1 7 0 0 0 1</matrix>
     </node>
@@ -175,7 +169,7 @@ TEST_XML(TransformMatrices, SkewIsTheIdentityIsNotAnimatedAndIsNotWritten,
   EXPECT_TRUE(skew->sid.empty());
   EXPECT_EQ(document.ResolvePath("n/k"), nullptr);
   EXPECT_EQ(node->ComputeLocalMatrix(), TransformMatrix("n", 1));
-  EXPECT_EQ(LibraryNodes(SaveText()), R"(<library_nodes id="lib">
+  EXPECT_EQ(ElementText(SaveText(), "library_nodes"), R"(<library_nodes id="lib">
     <node id="n" type="NODE">
       <translate>1 2 3</translate>
     </node>
@@ -280,20 +274,12 @@ namespace {
 // second half of `keys` (`stride` floats each) between times 0 and 1, bound
 // to `target`; a second animation "other" that drives nothing; and `nodes`
 // in <library_nodes id="lib">.
-std::string Animated(std::string_view target, int stride, std::string_view keys,
+std::string Animated(std::string_view target, unsigned int stride, std::string_view keys,
                      std::string_view nodes) {
-  const std::string count = std::to_string(2 * stride);
-  std::string xml = R"(<library_animations><animation id="anim">
-    <source id="t"><float_array id="t-a" count="2">0 1</float_array>
-      <technique_common><accessor source="#t-a" count="2" stride="1"/></technique_common></source>
-    <source id="i"><Name_array id="i-a" count="2">LINEAR LINEAR</Name_array>
-      <technique_common><accessor source="#i-a" count="2" stride="1"/></technique_common></source>)";
-  xml += R"(<source id="v"><float_array id="v-a" count=")" + count + R"(">)";
-  xml += std::string(keys) + "</float_array><technique_common>";
-  xml += R"(<accessor source="#v-a" count="2" stride=")" + std::to_string(stride) + R"("/>)";
-  xml += "</technique_common></source>";
-  xml += R"(<sampler id="s"><input semantic="INPUT" source="#t"/>
-    <input semantic="OUTPUT" source="#v"/><input semantic="INTERPOLATION" source="#i"/></sampler>)";
+  std::string xml = R"(<library_animations><animation id="anim">)";
+  xml += oxtest::FloatSource("times", "0 1", 2, 1) + oxtest::InterpolationSource(2);
+  xml += oxtest::FloatSource("values", keys, 2, stride);
+  xml += oxtest::Sampler("s", "times", "values");
   xml += R"(<channel source="#s" target=")" + std::string(target) + R"("/>)";
   xml += R"(</animation><animation id="other"/></library_animations>)";
   return Collada(xml + R"(<library_nodes id="lib">)" + std::string(nodes) + "</library_nodes>");
@@ -564,7 +550,7 @@ TEST_XML(NodeWriting, InstancesAreWrittenBeforeTransformsAndChildNodesLast,
                     <node id="c"><scale>2 2 2</scale></node>
                     <rotate>0 0 1 45</rotate><instance_light url="#l"/><lookat>1 2 3 4 5 6 7 8 9</lookat>
                   </node>)")) {
-  EXPECT_EQ(LibraryNodes(SaveText()), R"(<library_nodes id="lib">
+  EXPECT_EQ(ElementText(SaveText(), "library_nodes"), R"(<library_nodes id="lib">
     <node name="N" id="n" sid="root" type="JOINT">
       <instance_light url="#l"/>
       <translate sid="t">1 2 3</translate>
@@ -579,7 +565,7 @@ TEST_XML(NodeWriting, InstancesAreWrittenBeforeTransformsAndChildNodesLast,
 
 TEST_XML(NodeWriting, ATypeWithoutAWordIsNotWritten, Nodes(R"(<node id="n"/>)")) {
   Node("n")->type = EToken::NONE;
-  EXPECT_EQ(LibraryNodes(SaveText()), R"(<library_nodes id="lib">
+  EXPECT_EQ(ElementText(SaveText(), "library_nodes"), R"(<library_nodes id="lib">
     <node id="n"/>
   </library_nodes>)");
 }
@@ -599,20 +585,6 @@ TEST_XML(NodeWriting, AWrittenNodeReadsBackTheSame,
 }
 
 // --- Deep hierarchies ------------------------------------------------------------
-
-namespace {
-
-std::string NestedNodes(int levels) {
-  std::string xml;
-  xml.reserve(static_cast<size_t>(levels) * 13);
-  for (int i = 0; i < levels; ++i)
-    xml += "<node>";
-  for (int i = 0; i < levels; ++i)
-    xml += "</node>";
-  return xml;
-}
-
-}  // namespace
 
 using DeepNodes = NodeTest;
 
@@ -664,8 +636,8 @@ TEST_XML(BuiltNodes, HasChildWalksAHundredThousandLevels, Nodes(R"(<node id="top
 }
 
 TEST_XML(BuiltNodes, HierarchiesDeeperThanTheReaderEntersAreWritten, Nodes(R"(<node id="top"/>)")) {
-  // The written text is indented by depth, so its size grows with the
-  // square of the depth: 2,000 levels are enough to pass the reader's limit.
+  // 2,000 levels pass the reader's limit of 1,000; the writer indents no
+  // deeper than 32 levels, so the text stays small.
   Chain(Node("top"), 2'000);
   const std::string saved = SaveText();
   EXPECT_EQ(Occurrences(saved, "<node"), 2'001u);

@@ -61,6 +61,32 @@ std::string Collada(std::string_view body, std::string_view version) {
          std::string(version) + "\">" + std::string(body) + "</COLLADA>";
 }
 
+std::string NestedNodes(int levels) {
+  std::string xml;
+  xml.reserve(static_cast<size_t>(levels) * 13);
+  for (int i = 0; i < levels; ++i)
+    xml += "<node>";
+  for (int i = 0; i < levels; ++i)
+    xml += "</node>";
+  return xml;
+}
+
+std::string Saved(std::string_view body) {
+  return std::string(kProlog) + std::string(kRootStart) + std::string(body) + "</COLLADA>\n";
+}
+
+std::string ElementText(const std::string& xml, const std::string& tag) {
+  const size_t start = xml.find("<" + tag);
+  if (start == std::string::npos) return {};
+  const size_t selfClose = xml.find("/>", start);
+  const size_t open = xml.find('>', start);
+  if (selfClose != std::string::npos && selfClose + 1 == open)
+    return xml.substr(start, open + 1 - start);
+  const std::string close = "</" + tag + ">";
+  const size_t end = xml.find(close, start);
+  return end == std::string::npos ? std::string() : xml.substr(start, end + close.size() - start);
+}
+
 XmlRegistrar::XmlRegistrar(const char* testName, std::string xml) {
   XmlByTest()[testName] = std::move(xml);
 }

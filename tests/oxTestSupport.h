@@ -1,5 +1,6 @@
-// Shared test helpers: a log capture, temporary files, and TEST_XML, which
-// gives each test its own tiny document loaded before the body runs.
+// Shared test helpers: a log capture, temporary files, document texts, and
+// TEST_XML, which gives each test its own tiny document loaded before the
+// body runs.
 //
 //   OX_DOCUMENT_SUITE(ArrayReading);
 //   TEST_XML(ArrayReading, PadsShortText, R"(<COLLADA version="1.4.1">...)") {
@@ -56,6 +57,9 @@ inline LogEntry Warning(std::string text) {
   return {OxKernel::kLogWarning, std::move(text)};
 }
 
+// No record at all: EXPECT_EQ(log.entries, kNoLog).
+inline const std::vector<LogEntry> kNoLog;
+
 // A file in the test's temporary folder, removed with the object.
 class TempFile {
  public:
@@ -74,6 +78,20 @@ std::string ReadFile(const std::string& path);
 
 // Wraps the body of a COLLADA 1.4.1 document around `body`.
 std::string Collada(std::string_view body, std::string_view version = "1.4.1");
+
+// `levels` nodes, each inside the previous one.
+std::string NestedNodes(int levels);
+
+// The first line of a saved document, and the start tag of its 1.4.1 root.
+inline constexpr std::string_view kProlog = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n";
+inline constexpr std::string_view kRootStart =
+    "<COLLADA xmlns=\"http://www.collada.org/2005/11/COLLADASchema\" version=\"1.4.1\">\n";
+
+// The text of a saved 1.4.1 document whose root holds `body`.
+std::string Saved(std::string_view body);
+
+// The text of the first element named `tag` in `xml`, whole.
+std::string ElementText(const std::string& xml, const std::string& tag);
 
 // Loads `xml` into `document`, capturing the log.
 class DocumentTest : public ::testing::Test {

@@ -11,7 +11,7 @@ OX_DOCUMENT_SUITE(RootAsset);
 
 namespace {
 
-const std::vector<oxtest::LogEntry> kNoLog;
+using oxtest::kNoLog;
 
 }  // namespace
 

@@ -5,6 +5,7 @@
 
 using namespace OxDAEReader;
 using oxtest::Collada;
+using oxtest::ElementText;
 using oxtest::Error;
 using oxtest::Warning;
 
@@ -15,19 +16,6 @@ namespace {
 std::string WithSources(std::string_view sources) {
   return Collada("<library_geometries><geometry id=\"g\"><mesh>" + std::string(sources) +
                  "</mesh></geometry></library_geometries>");
-}
-
-// The text of the first element named `tag` in `xml`, whole.
-std::string ElementText(const std::string& xml, const std::string& tag) {
-  const size_t start = xml.find("<" + tag);
-  if (start == std::string::npos) return {};
-  const size_t selfClose = xml.find("/>", start);
-  const size_t open = xml.find('>', start);
-  if (selfClose != std::string::npos && selfClose + 1 == open)
-    return xml.substr(start, open + 1 - start);
-  const std::string close = "</" + tag + ">";
-  const size_t end = xml.find(close, start);
-  return end == std::string::npos ? std::string() : xml.substr(start, end + close.size() - start);
 }
 
 }  // namespace
