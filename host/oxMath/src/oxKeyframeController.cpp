@@ -27,19 +27,18 @@ oxKeyframeController* oxKeyframeController::CreateController(int keyType,
 
 void oxKeyframeController::SetKeysCount(unsigned int count) {
   keys.assign(static_cast<size_t>(count) * GetKeySize(), 0.0f);
-}
-
-float oxKeyframeController::KeyTime(unsigned int i) const {
-  return keys[size_t{i} * GetKeySize() + valueSize];
+  keyCount = count;
 }
 
 unsigned int oxKeyframeController::FindSegment(float time) const {
-  // Invariant: KeyTime(lo) <= time and !(KeyTime(hi) <= time). It holds
+  const unsigned int keySize = GetKeySize();
+  const auto timeOf = [&](unsigned int i) { return keys[size_t{i} * keySize + valueSize]; };
+  // Invariant: timeOf(lo) <= time and !(timeOf(hi) <= time). It holds
   // whatever the order of the keys, so the search ends on two neighbours.
-  unsigned int lo = 0, hi = GetKeysCount() - 1;
+  unsigned int lo = 0, hi = keyCount - 1;
   while (hi - lo > 1) {
     const unsigned int mid = lo + (hi - lo) / 2;
-    if (KeyTime(mid) <= time) {
+    if (timeOf(mid) <= time) {
       lo = mid;
     } else {
       hi = mid;
@@ -49,27 +48,29 @@ unsigned int oxKeyframeController::FindSegment(float time) const {
 }
 
 void oxKeyframeController::Evaluate(float time, float* out) const {
-  const unsigned int count = GetKeysCount();
-  if (count == 0) return;
+  if (keyCount == 0) return;
   const unsigned int keySize = GetKeySize();
+  // Times are read through a local base and key size: this runs for every
+  // sample of every channel.
   const float* base = keys.data();
+  const auto timeOf = [&](unsigned int i) { return base[size_t{i} * keySize + valueSize]; };
   const auto copyKey = [&](unsigned int i) {
     std::copy_n(base + size_t{i} * keySize, valueSize, out);
   };
-  const unsigned int last = count - 1;
+  const unsigned int last = keyCount - 1;
   // Comparisons written so that a NaN time lands on the first key.
-  if (!(time > KeyTime(0))) return copyKey(0);
-  if (time >= KeyTime(last)) return copyKey(last);
+  if (!(time > timeOf(0))) return copyKey(0);
+  if (time >= timeOf(last)) return copyKey(last);
   // The segment [lo, lo + 1] holds the time; try the last one and the one
   // after it before searching.
   const auto holds = [&](unsigned int k) {
-    return k < last && KeyTime(k) <= time && time < KeyTime(k + 1);
+    return k < last && timeOf(k) <= time && time < timeOf(k + 1);
   };
   unsigned int lo = lastSegment.load(std::memory_order_relaxed);
   if (!holds(lo)) lo = holds(lo + 1) ? lo + 1 : FindSegment(time);
   lastSegment.store(lo, std::memory_order_relaxed);
   const unsigned int hi = lo + 1;
-  const float t0 = KeyTime(lo), t1 = KeyTime(hi);
+  const float t0 = timeOf(lo), t1 = timeOf(hi);
   float f = (time - t0) / (t1 - t0);
   // An infinite or NaN key time makes the fraction NaN: take the earlier key.
   if (!(f >= 0.0f)) f = 0.0f;

@@ -36,9 +36,7 @@ class oxKeyframeController : public OxKernel::oxRefPtrObject {
   // Resizes the key buffer to `count` keys; new keys are zero (value and
   // time).
   void SetKeysCount(unsigned int count);
-  unsigned int GetKeysCount() const {
-    return static_cast<unsigned int>(keys.size() / GetKeySize());
-  }
+  unsigned int GetKeysCount() const { return keyCount; }
   // Floats of one value, and of one key (the value and its time).
   unsigned int GetValueSize() const { return valueSize; }
   unsigned int GetKeySize() const { return valueSize + 1; }
@@ -53,13 +51,13 @@ class oxKeyframeController : public OxKernel::oxRefPtrObject {
   // The first of two neighbour keys whose times enclose `time`, for a time
   // after the first key's and before the last key's (any key order).
   unsigned int FindSegment(float time) const;
-  float KeyTime(unsigned int i) const;
 
   oxKeyframeController(int keyType, unsigned int valueSize)
       : keyType(keyType), valueSize(valueSize) {}
 
   int keyType;
   unsigned int valueSize;
+  unsigned int keyCount = 0;
   std::vector<float> keys;
   // The key that began the segment of the last evaluation: playback asks
   // for the same or the next segment most of the time. Only a hint, so
