@@ -19,7 +19,6 @@ OX_DAE_ELEMENT_DEFINE(oxDAEAnimation);
 OX_DAE_ELEMENT_DEFINE(oxDAESampler);
 OX_DAE_ELEMENT_DEFINE(oxDAEChannel);
 OX_DAE_ELEMENT_DEFINE(oxDAEAnimationClip);
-OX_DAE_ELEMENT_DEFINE(oxDAEController);
 
 using OxKernel::kLogError;
 using OxMath::oxKeyframeController;

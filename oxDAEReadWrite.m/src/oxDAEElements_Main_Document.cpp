@@ -4,6 +4,7 @@
 #include <oxKernel/oxLog.h>
 
 #include "oxDAEReadWrite/oxDAEElements_Animation.h"
+#include "oxDAEReadWrite/oxDAEElements_Animation_Controller.h"
 #include "oxDAEReadWrite/oxDAEElements_Fx.h"
 #include "oxDAEReadWrite/oxDAEElements_Instance.h"
 #include "oxDAEReadWrite/oxDAEElements_Main_Geometry.h"

@@ -3,6 +3,7 @@
 #include <oxKernel/oxLog.h>
 
 #include "oxDAEReadWrite/oxDAEElements_Fx.h"
+#include "oxDAEReadWrite/oxDAEElements_Fx_Common.h"
 #include "oxDAEReadWrite/oxDAEElements_Main_Document.h"
 #include "oxDAEReadWrite/oxDAEElements_Main_Geometry.h"
 #include "oxDAEReadWrite/oxDAEElements_Main_LightCamera.h"

@@ -4,7 +4,6 @@
 // controller of the host; a channel connects a sampler to an animatable
 // value of the scene (a channel target). Samplers and channels are bound
 // after the whole document is read, so they may name what comes later.
-// Controllers (<controller>) are kept by identity only.
 #pragma once
 
 #include <oxKernel/oxRefPtr.h>
@@ -143,8 +142,5 @@ class oxDAEAnimationClip : public oxDAEElement {
   double start = 0.0;
   double end = 0.0;
 };
-
-// <controller>
-OX_DAE_IDENTITY_ELEMENT(oxDAEController, oxDAEElement, "controller");
 
 }  // namespace OxDAEReader

@@ -1,5 +1,4 @@
-// Images and the effect values that tool techniques attach to. Their
-// contents are not modelled yet: each is kept by identity only.
+// Images. Their contents are not modelled yet: each is kept by identity only.
 #pragma once
 
 #include "oxDAEReadWrite/oxDAEElements_Main.h"
@@ -8,36 +7,5 @@ namespace OxDAEReader {
 
 // <image>
 OX_DAE_IDENTITY_ELEMENT(oxDAEImage, oxDAEElement, "image");
-
-// Base of the effect profiles (<profile_COMMON>, <profile_CG>).
-class oxDAEFxProfile : public oxDAEElement {
-  OX_DAE_ELEMENT(oxDAEFxProfile, oxDAEElement, "")
-};
-
-// <profile_COMMON>, with its <technique>. Tool techniques of the "MAYA" and
-// "FCOLLADA" profiles are chosen for the technique.
-class oxDAEFxProfileCommon : public oxDAEFxProfile {
-  OX_DAE_ELEMENT(oxDAEFxProfileCommon, oxDAEFxProfile, "profile_COMMON")
-
- public:
-  void Read(oxDAEFile& file) override { oxDAEElement::Read(file); }
-
-  // The common profile's <technique>.
-  class Technique : public oxDAEElement {
-    OX_DAE_ELEMENT(Technique, oxDAEElement, "technique")
-
-   public:
-    void Read(oxDAEFile& file) override { oxDAEElement::Read(file); }
-  };
-};
-
-// A colour-or-texture value of the common profile (<emission>, <diffuse>,
-// ...). Tool techniques of the "MAX3D" and "MAYA" profiles are chosen for it.
-class oxDAEFxColorOrTextureType : public oxDAEElement {
-  OX_DAE_ELEMENT(oxDAEFxColorOrTextureType, oxDAEElement, "")
-
- public:
-  void Read(oxDAEFile& file) override { oxDAEElement::Read(file); }
-};
 
 }  // namespace OxDAEReader

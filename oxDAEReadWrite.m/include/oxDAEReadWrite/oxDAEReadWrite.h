@@ -10,8 +10,11 @@
 #include <oxKernel/oxModule.h>
 
 #include "oxDAEReadWrite/oxDAEElements_Animation.h"
+#include "oxDAEReadWrite/oxDAEElements_Animation_Controller.h"
 #include "oxDAEReadWrite/oxDAEElements_Animation_Target.h"
 #include "oxDAEReadWrite/oxDAEElements_Fx.h"
+#include "oxDAEReadWrite/oxDAEElements_Fx_Common.h"
+#include "oxDAEReadWrite/oxDAEElements_Fx_Param.h"
 #include "oxDAEReadWrite/oxDAEElements_Instance.h"
 #include "oxDAEReadWrite/oxDAEElements_Main.h"
 #include "oxDAEReadWrite/oxDAEElements_Main_Document.h"
@@ -24,6 +27,7 @@
 #include "oxDAEReadWrite/oxDAEFxRenderState.h"
 #include "oxDAEReadWrite/oxDAEReadWrite_Enum.h"
 #include "oxDAEReadWrite/oxDAEReadWrite_File.h"
+#include "oxDAEReadWrite/oxDAEReadWrite_FilePath.h"
 #include "oxDAEReadWrite/oxDAETechniques.h"
 #include "oxDAEReadWrite/oxDAETechniques_FCOLLADA.h"
 #include "oxDAEReadWrite/oxDAETechniques_NV.h"

@@ -1,0 +1,4 @@
+// Effect parameters: <newparam>, <setparam>, <annotate>.
+#pragma once
+
+#include "oxDAEReadWrite/oxDAEElements_Main.h"

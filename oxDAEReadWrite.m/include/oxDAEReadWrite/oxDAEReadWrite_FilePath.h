@@ -1,0 +1,2 @@
+// Local file paths of the pictures and files a document refers to.
+#pragma once

@@ -1,0 +1,1 @@
+#include "oxDAEReadWrite/oxDAEElements_Fx_Param.h"

@@ -1,0 +1,1 @@
+#include "oxDAEReadWrite/oxDAEReadWrite_FilePath.h"
