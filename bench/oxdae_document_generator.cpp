@@ -209,6 +209,128 @@ void WriteMesh(TextSink& out, Random& random, const MeshPlan& plan) {
   out.Put("      </mesh>\n    </geometry>\n");
 }
 
+// --- Skin ----------------------------------------------------------------------
+
+constexpr uint32_t kSkinJoints = 64;
+constexpr uint32_t kInfluencesPerVertex = 4;  // on average
+constexpr uint32_t kCountsPerLine = 64;
+// What one influence costs in the text: its weight and its two indices.
+constexpr double kBytesPerInfluence = 18.0;
+constexpr double kSkinShare = 0.5;  // of a document's budget, at most
+
+// Influences per vertex: pairs of vertices share eight, split 4/4, 3/5 or
+// 2/6, so that the total is four a vertex.
+std::vector<uint8_t> InfluenceCounts(Random& random, uint32_t vertices) {
+  std::vector<uint8_t> counts(vertices, kInfluencesPerVertex);
+  for (uint32_t i = 0; i + 1 < vertices; i += 2) {
+    const auto spread = static_cast<uint8_t>(random.Below(3));
+    counts[i] = static_cast<uint8_t>(kInfluencesPerVertex + spread);
+    counts[i + 1] = static_cast<uint8_t>(kInfluencesPerVertex - spread);
+  }
+  return counts;
+}
+
+// The inverse bind matrices: a translation per joint, one matrix a line.
+void WriteBindPoses(TextSink& out, Random& random, const std::string& id) {
+  out.Put("        <source id=\"" + id + "\">\n          <float_array id=\"" + id +
+          "-array\" count=\"");
+  out.PutUInt(uint64_t{kSkinJoints} * 16);
+  out.Put("\">");
+  for (uint32_t joint = 0; joint < kSkinJoints; ++joint) {
+    out.Put("\n1 0 0 ");
+    out.PutFixed(random.Between(-50.0, 50.0), 4);
+    out.Put(" 0 1 0 ");
+    out.PutFixed(random.Between(-50.0, 50.0), 4);
+    out.Put(" 0 0 1 ");
+    out.PutFixed(random.Between(-50.0, 50.0), 4);
+    out.Put(" 0 0 0 1");
+  }
+  out.Put(
+      "\n          </float_array>\n          <technique_common>\n            <accessor source=\"#" +
+      id + "-array\" count=\"");
+  out.PutUInt(kSkinJoints);
+  out.Put(
+      "\" stride=\"16\">\n              <param name=\"TRANSFORM\" type=\"float4x4\"/>\n"
+      "            </accessor>\n          </technique_common>\n        </source>\n");
+}
+
+// One weight per influence; the weights of a vertex add up to one.
+void WriteWeights(TextSink& out, Random& random, const std::string& id,
+                  const std::vector<uint8_t>& counts, uint32_t influences) {
+  std::vector<double> weights;
+  weights.reserve(influences);
+  for (uint8_t count : counts) {
+    double raw[2 * kInfluencesPerVertex];
+    double sum = 0.0;
+    for (uint8_t k = 0; k < count; ++k)
+      sum += raw[k] = random.Between(0.05, 1.0);
+    for (uint8_t k = 0; k < count; ++k)
+      weights.push_back(raw[k] / sum);
+  }
+  WriteArraySource(out, {8, id, "float_array", "float", {"WEIGHT"}, influences, " "},
+                   [&](uint32_t i) { out.PutFixed(weights[i], 3 + static_cast<int>(i % 4)); });
+}
+
+void WriteVertexWeights(TextSink& out, Random& random, const std::string& id,
+                        const std::vector<uint8_t>& counts) {
+  out.Put("        <vertex_weights count=\"");
+  out.PutUInt(counts.size());
+  out.Put("\">\n          <input semantic=\"JOINT\" source=\"#" + id +
+          "-joints\" offset=\"0\"/>\n          <input semantic=\"WEIGHT\" source=\"#" + id +
+          "-weights\" offset=\"1\"/>\n          <vcount>");
+  for (size_t i = 0; i < counts.size(); ++i) {
+    out.Put(i % kCountsPerLine == 0 ? '\n' : ' ');
+    out.PutUInt(counts[i]);
+  }
+  out.Put("\n          </vcount>\n          <v>");
+  // Neighbouring vertices hang on neighbouring joints, as along a limb.
+  uint64_t influence = 0;
+  for (size_t vertex = 0; vertex < counts.size(); ++vertex) {
+    const uint64_t limb = vertex * kSkinJoints / counts.size();
+    for (uint8_t k = 0; k < counts[vertex]; ++k, ++influence) {
+      out.Put(influence % kRecordsPerLine == 0 ? '\n' : ' ');
+      out.PutUInt((limb + random.Below(4)) % kSkinJoints);
+      out.Put(' ');
+      out.PutUInt(influence);
+    }
+  }
+  out.Put("\n          </v>\n        </vertex_weights>\n");
+}
+
+// <library_controllers> with the controller "skin-0" of the mesh `meshID`.
+void WriteSkinLibrary(TextSink& out, Random& random, uint32_t influences,
+                      const std::string& meshID) {
+  const std::string id = "skin-0";
+  const std::vector<uint8_t> counts = InfluenceCounts(random, influences / kInfluencesPerVertex);
+  out.Put("  <library_controllers>\n    <controller id=\"" + id +
+          "\" name=\"Skin\">\n      <skin source=\"#" + meshID +
+          "\">\n        <bind_shape_matrix>1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1</bind_shape_matrix>\n");
+  WriteArraySource(out, {8, id + "-joints", "Name_array", "name", {"JOINT"}, kSkinJoints, " "},
+                   [&](uint32_t i) { out.Put("joint-" + std::to_string(i)); });
+  WriteBindPoses(out, random, id + "-bind-poses");
+  uint32_t total = 0;
+  for (uint8_t count : counts)
+    total += count;
+  WriteWeights(out, random, id + "-weights", counts, total);
+  out.Put("        <joints>\n          <input semantic=\"JOINT\" source=\"#" + id +
+          "-joints\"/>\n          <input semantic=\"INV_BIND_MATRIX\" source=\"#" + id +
+          "-bind-poses\"/>\n        </joints>\n");
+  WriteVertexWeights(out, random, id, counts);
+  out.Put("      </skin>\n    </controller>\n  </library_controllers>\n");
+}
+
+// The skin's text, made before the meshes so that its size is known when
+// they are sized: `wanted` influences at most, and no more than its share
+// of `bytes`.
+std::string SkinText(Random& random, uint32_t wanted, uint64_t bytes) {
+  const double fit = kSkinShare * static_cast<double>(bytes) / kBytesPerInfluence;
+  const auto influences = static_cast<uint32_t>(std::min(static_cast<double>(wanted), fit));
+  if (influences < kInfluencesPerVertex) return {};
+  TextSink out;
+  WriteSkinLibrary(out, random, influences, MeshID(0));
+  return out.Take();
+}
+
 // --- Document ------------------------------------------------------------------
 
 constexpr double kMeshBytes = 8e6;     // about one mesh per 8 MB...
@@ -216,6 +338,9 @@ constexpr uint32_t kFewestMeshes = 3;  // ...but at least three
 constexpr uint32_t kMostMeshes = 24;
 constexpr uint32_t kFewestVertices = 8;
 constexpr double kFirstBytesPerVertex = 170.0;  // corrected after each mesh
+
+constexpr std::string_view kGeometriesOpen = "  <library_geometries>\n";
+constexpr std::string_view kGeometriesClose = "  </library_geometries>\n";
 
 uint32_t MeshCount(uint64_t bytes) {
   const auto meshes = static_cast<uint32_t>(static_cast<double>(bytes) / kMeshBytes);
@@ -325,23 +450,50 @@ uint64_t WriteDocument(const DocumentOptions& options, std::FILE* file) {
   WriteAsset(out, options.seed);
   WriteEffects(out, random);
   WriteMaterials(out);
+  const std::string skin = SkinText(random, options.skinInfluences, options.bytes);
   const std::string scene = SceneText(random, meshes);
-  constexpr std::string_view kOpen = "  <library_geometries>\n";
-  constexpr std::string_view kClose = "  </library_geometries>\n";
-  const uint64_t fixed = out.Size() + kOpen.size() + kClose.size() + scene.size();
-  out.Put(kOpen);
+  const uint64_t fixed =
+      out.Size() + kGeometriesOpen.size() + kGeometriesClose.size() + skin.size() + scene.size();
+  out.Put(kGeometriesOpen);
   WriteMeshes(out, random, options.bytes > fixed ? options.bytes - fixed : 0, meshes);
-  out.Put(kClose);
+  out.Put(kGeometriesClose);
+  out.Put(skin);
   out.Put(scene);
   return out.Finish() ? out.Size() : 0;
 }
 
-uint64_t WriteDocumentFile(const DocumentOptions& options, const std::string& path) {
+namespace {
+
+// Runs `write` on the file `path`; the bytes it wrote, or 0 when the file
+// could not be created, written or closed.
+template <class Write>
+uint64_t WriteFile(const std::string& path, Write&& write) {
   std::FILE* file = std::fopen(path.c_str(), "wb");
   if (!file) return 0;
-  const uint64_t written = WriteDocument(options, file);
+  const uint64_t written = write(file);
   const bool closed = std::fclose(file) == 0;
   return closed ? written : 0;
+}
+
+}  // namespace
+
+uint64_t WriteDocumentFile(const DocumentOptions& options, const std::string& path) {
+  return WriteFile(path, [&options](std::FILE* file) { return WriteDocument(options, file); });
+}
+
+uint64_t WriteSkinDocumentFile(uint32_t influences, uint64_t seed, const std::string& path) {
+  return WriteFile(path, [&](std::FILE* file) -> uint64_t {
+    TextSink out(file);
+    Random random(seed);
+    PutDocumentStart(out);
+    WriteAsset(out, seed);
+    out.Put(kGeometriesOpen);
+    WriteMesh(out, random, PlanMesh(0, kFewestVertices, random));
+    out.Put(kGeometriesClose);
+    WriteSkinLibrary(out, random, std::max(influences, kInfluencesPerVertex), MeshID(0));
+    PutDocumentEnd(out);
+    return out.Finish() ? out.Size() : 0;
+  });
 }
 
 std::string MakeFloatText(size_t bytes, uint64_t seed) {

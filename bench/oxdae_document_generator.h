@@ -15,12 +15,24 @@ namespace oxdae_bench {
 struct DocumentOptions {
   uint64_t bytes = 50'000'000;  // the wanted document size
   uint64_t seed = 1;
+  // The joint influences of the skin controller of the first mesh: at most
+  // this many, and no more than half of `bytes` can hold (a small
+  // document gets a small skin, or none).
+  uint32_t skinInfluences = 1'000'000;
 };
 
 // Writes a document of about `options.bytes` bytes (within a few percent;
-// small requests are padded up to a minimum of a few kilobytes). Returns the
-// number of bytes written, or 0 when writing failed.
+// small requests are padded up to a minimum of a few kilobytes): meshes,
+// their materials and scene, and a skin controller. Returns the number of
+// bytes written, or 0 when writing failed.
 uint64_t WriteDocument(const DocumentOptions& options, std::FILE* out);
+
+// Writes a document that holds one small mesh and a skin controller of it
+// with `influences` joint influences (four a vertex on average, 64 joints,
+// one weight per influence), to time the controller reader on its own.
+// Returns the number of bytes written, or 0 when the file could not be
+// created or written.
+uint64_t WriteSkinDocumentFile(uint32_t influences, uint64_t seed, const std::string& path);
 
 // Writes the document to the file `path`. Returns the number of bytes
 // written, or 0 when the file could not be created or written.

@@ -44,7 +44,7 @@ constexpr bool IsSpace(char c) {
 // Elements whose text holds integers; every other text is read as floats.
 bool HoldsIntegers(const char* tag) {
   return std::strcmp(tag, "p") == 0 || std::strcmp(tag, "vcount") == 0 ||
-         std::strcmp(tag, "int_array") == 0;
+         std::strcmp(tag, "v") == 0 || std::strcmp(tag, "int_array") == 0;
 }
 
 // Converts the numbers of [p, end) into `out`; returns how many were stored.

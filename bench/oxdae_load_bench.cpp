@@ -4,7 +4,9 @@
 //   oxdae_load_bench [--file PATH | --megabytes N [--seed N]] [--runs N]
 //
 // Without --file a document of N * 10^6 bytes (default 50) is generated into
-// a temporary file. Each step runs --runs times (default 5); the table gives
+// a temporary file. A second generated document, one skin controller of
+// 1,000,000 joint influences, times the controller reader on its own
+// against the floor of the same document. Each step runs --runs times (default 5); the table gives
 // the best and the median run. Peak memory is measured in a fresh process per
 // step (this program run again with --peak-child), as the growth of its
 // resident set over the step.
@@ -49,9 +51,11 @@ constexpr const char* kUsage =
     "  --runs N        runs of each step; best and median are shown (default 5)\n";
 constexpr std::string_view kPeakChildFlag = "--peak-child";
 
-constexpr double kLoadTarget = 1.5;    // load time / floor time
-constexpr double kMemoryTarget = 3.0;  // peak memory / file size
-constexpr double kSaveTarget = 200.0;  // MB/s
+constexpr double kLoadTarget = 1.5;      // load time / floor time
+constexpr double kMemoryTarget = 3.0;    // peak memory / file size
+constexpr double kSaveTarget = 200.0;    // MB/s
+constexpr double kSkinLoadTarget = 1.1;  // skin document: load time / floor time
+constexpr uint32_t kSkinInfluences = 1'000'000;
 constexpr double kMegabyte = 1e6;
 constexpr oxdae_bench::TargetColumns kTargetColumns = {86, 44, 18};
 
@@ -225,6 +229,8 @@ DocumentCounts CountValues(const oxDAEFile& document) {
     }
     if (const oxDAEMeshPrimitive* p = oxDAEMeshPrimitive::DynamicCast(element.get()))
       counts.ints += p->GetIndexCount() + p->vcount.size();
+    if (const oxDAEVertexWeights* w = oxDAEVertexWeights::DynamicCast(element.get()))
+      counts.ints += w->vcount.size() + w->v.size();
   }
   return counts;
 }
@@ -233,7 +239,9 @@ struct Results {
   uint64_t inputBytes = 0;
   uint64_t savedBytes = 0;
   uint64_t stringBytes = 0;
+  uint64_t skinBytes = 0;
   FloorTimings floor;
+  Timing skinFloor, skinLoad;
   Timing load, save, saveString;
   Peak floorPeak, loadPeak, savePeak, stringPeak;
   DocumentCounts counts;
@@ -328,6 +336,10 @@ void PrintTimings(const Results& r) {
   PrintRow("(c) oxDAEFile::Save (file)", r.save, r.savedBytes);
   PrintRow("(c) oxDAEFile::SaveToString", r.saveString, r.stringBytes);
   std::printf("  (save rates are of the %s bytes written)\n", Grouped(r.savedBytes).c_str());
+  std::printf("  skin document: %s bytes, %s joint influences\n", Grouped(r.skinBytes).c_str(),
+              Grouped(kSkinInfluences).c_str());
+  PrintRow("(d) skin: floor", r.skinFloor, r.skinBytes);
+  PrintRow("(d) skin: oxDAEFile::Load", r.skinLoad, r.skinBytes);
 }
 
 void PrintMemory(const Results& r) {
@@ -350,6 +362,11 @@ void PrintTargets(const Results& r) {
     PrintTarget(kTargetColumns, "load peak / file", Format("%.2fx", memory),
                 Format("<  %.2fx", kMemoryTarget), memory < kMemoryTarget);
   }
+  const double skinMedian = r.skinLoad.Median() / r.skinFloor.Median();
+  PrintTarget(kTargetColumns, "skin load / floor",
+              Format("%.2fx best, %.2fx median, %.2fx cpu", r.skinLoad.Best() / r.skinFloor.Best(),
+                     skinMedian, r.skinLoad.BestCpu() / r.skinFloor.BestCpu()),
+              Format("<= %.2fx median", kSkinLoadTarget), skinMedian <= kSkinLoadTarget);
   PrintTarget(kTargetColumns, "save speed",
               Format("%.0f MB/s file, %.0f MB/s string (best)", save, saveString),
               Format(">= %.0f MB/s file", kSaveTarget), save >= kSaveTarget);
@@ -362,6 +379,7 @@ struct TempFiles {
   TempFile generated{kProgram, ".dae"};
   TempFile saved{kProgram, "_saved.dae"};
   TempFile peakSaved{kProgram, "_peak_saved.dae"};
+  TempFile skin{kProgram, "_skin.dae"};
 };
 
 bool PrepareInput(const Options& options, const TempFiles& temp, std::string& input) {
@@ -399,6 +417,17 @@ bool MeasureTimes(const std::string& input, const TempFiles& temp, int runs, Res
   return true;
 }
 
+// Loads of the skin document against its floor.
+bool MeasureSkin(const TempFiles& temp, const Options& options, Results& r) {
+  const std::string& path = temp.skin.Path();
+  r.skinBytes = oxdae_bench::WriteSkinDocumentFile(kSkinInfluences, options.document.seed, path);
+  if (r.skinBytes == 0) {
+    std::fprintf(stderr, "%s: cannot write %s\n", kProgram, path.c_str());
+    return false;
+  }
+  return oxdae_bench::TimeLoadsAgainstFloor(kProgram, path, options.runs, r.skinFloor, r.skinLoad);
+}
+
 int Run(const Options& options) {
   const ModuleUse module;
   const LogCounter log;
@@ -413,7 +442,7 @@ int Run(const Options& options) {
   r.inputBytes = oxdae_bench::OpenInput(kProgram, input, options.runs);
   if (r.inputBytes == 0) return 1;
   MeasurePeaks(input, temp, r);
-  if (!MeasureTimes(input, temp, options.runs, r)) return 1;
+  if (!MeasureTimes(input, temp, options.runs, r) || !MeasureSkin(temp, options, r)) return 1;
   PrintContent(r, log);
   PrintTimings(r);
   PrintMemory(r);

@@ -174,16 +174,6 @@ uint32_t IndexListCount(const oxDAEMeshPrimitive& primitive, const OxKernel::oxX
   return static_cast<uint32_t>(most);
 }
 
-// Appends every integer of the current element's text to `list`; text split
-// by comments or child elements is gathered from each of its pieces.
-void ReadIndices(OxKernel::oxXMLReader& reader, oxArray<int32_t>& list) {
-  if (reader.HasPlainText()) {
-    reader.GetTextValue()->AppendInts(list);
-    return;
-  }
-  reader.ForEachTextChild([&list](const OxKernel::oxXMLTextValue& text) { text.AppendInts(list); });
-}
-
 // Reads the primitive's children; `next` is the index list the next <p> fills.
 struct PrimitiveReader {
   oxDAEMeshPrimitive& primitive;
@@ -192,11 +182,10 @@ struct PrimitiveReader {
 
 constexpr oxDAEChildRule<PrimitiveReader> kPrimitiveChildren[] = {
     {"input", [](PrimitiveReader& r, oxDAEFile& f) { ReadInput(r.primitive, f); }},
-    {"vcount",
-     [](PrimitiveReader& r, oxDAEFile& f) { ReadIndices(*f.reader, r.primitive.vcount); }},
+    {"vcount", [](PrimitiveReader& r, oxDAEFile& f) { f.ReadIntList(r.primitive.vcount); }},
     {"p",
      [](PrimitiveReader& r, oxDAEFile& f) {
-       if (r.next < r.primitive.p.size()) ReadIndices(*f.reader, r.primitive.p[r.next]);
+       if (r.next < r.primitive.p.size()) f.ReadIntList(r.primitive.p[r.next]);
        ++r.next;
      }},
 };

@@ -1,5 +1,8 @@
 #include "oxDAEReadWrite/oxDAEReadWrite_File.h"
 
+#include <algorithm>
+#include <type_traits>
+
 #include <oxKernel/oxCharacter.h>
 #include <oxKernel/oxLog.h>
 #include <oxKernel/oxProfiling.h>
@@ -312,6 +315,62 @@ int oxDAEFile::ReadMatrix44Value(OxKernel::oxXMLReader* xml, OxMath::oxMatrix44&
   text->ParseFloats(read.m, 16, parsed, 0);
   matrix.ComputeTranspose(read);
   return 0;
+}
+
+namespace {
+
+// Appends at most `limit` integers of `text` to `list`. Every integer takes
+// a character and all but the last a separator, which bounds the room made
+// by the text's length. Unsigned entries are parsed through their signed
+// view (the two types may alias each other), so both kinds of list share
+// the host's number loop.
+template <class T>
+void AppendIntsUpTo(const OxKernel::oxXMLTextValue& text, oxArray<T>& list, size_t limit) {
+  if constexpr (std::is_same_v<T, int32_t>) {
+    if (limit == SIZE_MAX) {
+      text.AppendInts(list);
+      return;
+    }
+  }
+  const size_t room = std::min({limit, (text.GetText().size() + 1) / 2, size_t{UINT32_MAX}});
+  const size_t base = list.size();
+  list.resize(base + room);
+  unsigned int parsed = 0;
+  text.ParseInts(reinterpret_cast<int32_t*>(list.data() + base), static_cast<unsigned int>(room),
+                 parsed);
+  list.resize(base + parsed);
+}
+
+template <class T>
+void AppendTextInts(OxKernel::oxXMLReader& reader, oxArray<T>& list, size_t limit) {
+  if (reader.HasPlainText()) {
+    AppendIntsUpTo(*reader.GetTextValue(), list, limit);
+    return;
+  }
+  const size_t base = list.size();
+  reader.ForEachTextChild([&list, base, limit](const OxKernel::oxXMLTextValue& text) {
+    const size_t read = list.size() - base;
+    if (read < limit) AppendIntsUpTo(text, list, limit == SIZE_MAX ? limit : limit - read);
+  });
+}
+
+}  // namespace
+
+void oxDAEFile::ReadIntList(oxArray<int32_t>& list, size_t limit) {
+  AppendTextInts(*reader, list, limit);
+}
+
+void oxDAEFile::ReadIntList(oxArray<uint32_t>& list, size_t limit) {
+  const size_t base = list.size();
+  AppendTextInts(*reader, list, limit);
+  // A negative number reads as an unsigned value above the signed range.
+  const auto negative = std::find_if(list.begin() + static_cast<ptrdiff_t>(base), list.end(),
+                                     [](uint32_t n) { return n > INT32_MAX; });
+  if (negative == list.end()) return;
+  OX_LOG(OxKernel::kLogWarning,
+         OxKernel::oxConcat("<", reader->GetTag(), "> entry ", negative - list.begin(), " is ",
+                            static_cast<int32_t>(*negative), "; the list ends before it"));
+  list.erase(negative, list.end());
 }
 
 int oxDAEFile::WriteColor3Value(OxKernel::oxXMLWriter* xml, const OxMath::oxFColor& color) {

@@ -7,6 +7,7 @@
 // one thread at a time. It cannot be copied: its elements have one owner.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string_view>
 
@@ -139,6 +140,17 @@ class oxDAEFile {
   // Reads 16 floats of a COLLADA (column-vector) matrix into the host's
   // row-vector convention, i.e. transposed. -4 without text.
   static int ReadMatrix44Value(OxKernel::oxXMLReader* reader, OxMath::oxMatrix44& matrix);
+  // Appends the integers of the text of the element the reader stands on to
+  // `list`, at most `limit` of them; text split by comments or child
+  // elements is gathered from each of its pieces. The list grows by no more
+  // than the text can hold, whatever the limit. A token that is not an
+  // integer ends a piece with the XML reader's warning. The index lists of
+  // primitives and vertex weights are read through here.
+  void ReadIntList(oxArray<int32_t>& list, size_t limit = SIZE_MAX);
+  // The same for counts: a negative number ends the list, with the warning
+  // "<tag> entry i is n; the list ends before it" (i its position in the
+  // list).
+  void ReadIntList(oxArray<uint32_t>& list, size_t limit = SIZE_MAX);
   // Writes red, green and blue as the open element's text.
   static int WriteColor3Value(OxKernel::oxXMLWriter* writer, const OxMath::oxFColor& color);
   // Decodes "&quot;", "&#13;" (removed), "&lt;" and "&gt;", in that order.
