@@ -14,8 +14,7 @@ class ExtraTest : public oxtest::DocumentTest {
  protected:
   // Reads `xml` (an <extra>) for `owner` as an element reader would.
   oxDAEExtraElement* ReadExtraOf(oxDAEBaseElement* owner, std::string_view xml) {
-    EXPECT_EQ(OxKernel::oxXMLFactory::Instance(0).CreateReader(document.reader, xml, 0), 0);
-    EXPECT_EQ(document.reader->MoveNext(), 0);
+    OpenFragment(xml);
     oxDAEExtraElement* extra = nullptr;
     EXPECT_EQ(document.ReadExtra(owner, extra), 0);
     return extra;

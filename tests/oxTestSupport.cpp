@@ -104,6 +104,25 @@ int DocumentTest::LoadText(std::string_view xml) {
   return rc;
 }
 
+void DocumentTest::OpenFragment(std::string_view xml) {
+  log.Clear();
+  EXPECT_EQ(OxKernel::oxXMLFactory::Instance(0).CreateReader(document.reader, xml, 0), 0);
+  EXPECT_EQ(document.reader->MoveNext(), 0);
+}
+
+void DocumentTest::StartWriter() {
+  EXPECT_EQ(OxKernel::oxXMLFactory::Instance(0).CreateWriter(document.writer), 0);
+  document.writer->StartElement("w");
+  document.writer->EndAttributes();
+}
+
+std::string DocumentTest::FinishWriter() {
+  document.writer->Close();
+  const std::string text(document.writer->GetBuffer());
+  const size_t start = text.find("<w");
+  return start == std::string::npos ? text : text.substr(start);
+}
+
 std::string DocumentTest::SaveText() {
   OxKernel::oxString xml;
   EXPECT_EQ(document.SaveToString(xml), 0);

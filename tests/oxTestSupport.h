@@ -100,6 +100,22 @@ class DocumentTest : public ::testing::Test {
   int LoadText(std::string_view xml);
   // Saves the document to a string (Save's result must be 0).
   std::string SaveText();
+  // Places the document's reader on the root element of `xml`, where a
+  // parent's reader stands on a child it hands over. The log is emptied.
+  void OpenFragment(std::string_view xml);
+  // Reads `xml` (one element) as a T under `parent`, as the parent would.
+  template <class T>
+  T* ReadFragment(std::string_view xml, OxDAEReader::oxDAEBaseElement* parent = nullptr) {
+    OpenFragment(xml);
+    return document.ReadChild<T>(parent);
+  }
+  // What `write` writes inside a <w> element, start and end tags included.
+  template <class Write>
+  std::string Written(Write write) {
+    StartWriter();
+    write();
+    return FinishWriter();
+  }
   template <class T>
   T* Find(const std::string& uri) const {
     return T::DynamicCast(document.ResolveURI(uri));
@@ -117,6 +133,10 @@ class DocumentTest : public ::testing::Test {
   OxDAEReader::oxDAEFile document;
   LogCapture log;
   int rc = 0;
+
+ private:
+  void StartWriter();
+  std::string FinishWriter();
 };
 
 // Registers the XML of one TEST_XML test under "Suite.Name".

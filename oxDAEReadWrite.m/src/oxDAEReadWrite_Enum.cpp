@@ -1,5 +1,6 @@
 #include "oxDAEReadWrite/oxDAEReadWrite_Enum.h"
 
+#include <iterator>
 #include <memory>
 #include <string_view>
 
@@ -224,6 +225,75 @@ const oxString& ToWord(oxArray<oxString> Tables::*list, E value) {
 }
 
 }  // namespace
+
+// --- Basic type information ---------------------------------------------------
+
+namespace {
+using EKind = SBasicTypeInfo::EKind;
+using B = EFxBasicType;
+}  // namespace
+
+constexpr SBasicTypeInfo oxDAEEnumConverter::s_ArrayBasicTypeToTypeInfo[37] = {
+    {B::BOOL, EKind::BOOL, 1, 1},
+    {B::BOOL2, EKind::BOOL, 1, 2},
+    {B::BOOL3, EKind::BOOL, 1, 3},
+    {B::BOOL4, EKind::BOOL, 1, 4},
+    {B::INT, EKind::INT, 1, 1},
+    {B::INT2, EKind::INT, 1, 2},
+    {B::INT3, EKind::INT, 1, 3},
+    {B::INT4, EKind::INT, 1, 4},
+    {B::FLOAT, EKind::FLOAT, 1, 1},
+    {B::FLOAT2, EKind::FLOAT, 1, 2},
+    {B::FLOAT3, EKind::FLOAT, 1, 3},
+    {B::FLOAT4, EKind::FLOAT, 1, 4},
+    {B::FLOAT1X1, EKind::FLOAT, 1, 1},
+    {B::FLOAT1X2, EKind::FLOAT, 1, 2},
+    {B::FLOAT1X3, EKind::FLOAT, 1, 3},
+    {B::FLOAT1X4, EKind::FLOAT, 1, 4},
+    {B::FLOAT2X1, EKind::FLOAT, 2, 1},
+    {B::FLOAT2X2, EKind::FLOAT, 2, 2},
+    {B::FLOAT2X3, EKind::FLOAT, 2, 3},
+    {B::FLOAT2X4, EKind::FLOAT, 2, 4},
+    {B::FLOAT3X1, EKind::FLOAT, 3, 1},
+    {B::FLOAT3X2, EKind::FLOAT, 3, 2},
+    {B::FLOAT3X3, EKind::FLOAT, 3, 3},
+    {B::FLOAT3X4, EKind::FLOAT, 3, 4},
+    {B::FLOAT4X1, EKind::FLOAT, 4, 1},
+    {B::FLOAT4X2, EKind::FLOAT, 4, 2},
+    {B::FLOAT4X3, EKind::FLOAT, 4, 3},
+    {B::FLOAT4X4, EKind::FLOAT, 4, 4},
+    {B::SURFACE, EKind::SURFACE, 0, 0},
+    {B::SAMPLER1D, EKind::SAMPLER, 0, 0},
+    {B::SAMPLER2D, EKind::SAMPLER, 0, 0},
+    {B::SAMPLER3D, EKind::SAMPLER, 0, 0},
+    {B::SAMPLERCUBE, EKind::SAMPLER, 0, 0},
+    {B::SAMPLERRECT, EKind::SAMPLER, 0, 0},
+    {B::SAMPLERDEPTH, EKind::SAMPLER, 0, 0},
+    {B::STRING, EKind::TEXT, 0, 0},
+    {B::ENUM, EKind::TEXT, 0, 0}};
+
+namespace {
+// True when every row stands at its own type's value, so that indexing by
+// type finds the type's row.
+template <size_t N>
+constexpr bool IndexedByType(const SBasicTypeInfo (&rows)[N]) {
+  for (size_t i = 0; i < N; ++i) {
+    if (static_cast<size_t>(rows[i].type) != i) return false;
+  }
+  return true;
+}
+static_assert(IndexedByType(oxDAEEnumConverter::s_ArrayBasicTypeToTypeInfo));
+static_assert(std::size(oxDAEEnumConverter::s_ArrayBasicTypeToTypeInfo) ==
+              std::size(kBasicTypeWords));
+}  // namespace
+
+const SBasicTypeInfo* oxDAEEnumConverter::GetBasicTypeInfo(EFxBasicType type) {
+  const auto index = static_cast<size_t>(static_cast<int32_t>(type));
+  return index < std::size(s_ArrayBasicTypeToTypeInfo) ? &s_ArrayBasicTypeToTypeInfo[index]
+                                                       : nullptr;
+}
+
+// --- Conversions ---------------------------------------------------------------
 
 EFxSamplerWrap oxDAEEnumConverter::GetSamplerWrapFromString(const oxString& t) {
   return FromHash<EFxSamplerWrap>(&Tables::samplerWrap, t);

@@ -228,8 +228,28 @@ enum class EFxSurfaceFace : int32_t {
   NEGATIVE_Z
 };
 
+// What a value of one basic type holds: its kind and its shape, rows times
+// columns (1 x 1 for a scalar, 1 x n for a vector, 0 x 0 for surfaces,
+// samplers and texts). `type` repeats the index the row stands at.
+struct SBasicTypeInfo {
+  enum class EKind : uint8_t { BOOL, INT, FLOAT, SURFACE, SAMPLER, TEXT };
+
+  EFxBasicType type;
+  EKind kind;
+  uint8_t rows;
+  uint8_t columns;
+
+  // The number of scalar components: rows times columns.
+  constexpr uint32_t GetComponentCount() const { return uint32_t{rows} * columns; }
+};
+
 class oxDAEEnumConverter {
  public:
+  // One row per basic type, indexed by the type's value (0 to 36).
+  static const SBasicTypeInfo s_ArrayBasicTypeToTypeInfo[37];
+  // The row of `type`; null for UNKNOWN and values outside the enumeration.
+  static const SBasicTypeInfo* GetBasicTypeInfo(EFxBasicType type);
+
   // Hashed lookups.
   static EFxSamplerWrap GetSamplerWrapFromString(const oxString& text);
   // "NONE" is not read: it answers UNKNOWN.
