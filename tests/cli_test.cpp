@@ -1,58 +1,10 @@
 // The oxdae command-line tool, run as a separate process. JSON output is
 // parsed and compared as values, not as bytes.
-#include <sys/wait.h>
-
-#include <cstdio>
-
-#include <nlohmann/json.hpp>
-
-#include "oxTestSupport.h"
+#include "cli_test_support.h"
 
 namespace {
 
-using nlohmann::json;
-
-struct ToolRun {
-  int code = -1;
-  std::string out;
-  std::string err;
-  // The standard output as JSON; discarded (and a failure) when it does not
-  // parse.
-  json Json() const {
-    json value = json::parse(out, nullptr, false);
-    EXPECT_FALSE(value.is_discarded()) << out;
-    return value;
-  }
-};
-
-// Runs oxdae with `arguments` (already quoted for the shell).
-ToolRun Oxdae(const std::string& arguments) {
-  oxtest::TempFile errFile("", ".err");
-  const std::string command = std::string(OX_OXDAE_PATH) + " " + arguments + " 2>" + errFile.Path();
-  ToolRun run;
-  FILE* pipe = popen(command.c_str(), "r");
-  if (!pipe) return run;
-  char buffer[4096];
-  for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
-    run.out.append(buffer, n);
-  const int status = pclose(pipe);
-  run.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  run.err = oxtest::ReadFile(errFile.Path());
-  return run;
-}
-
-std::string Quote(const std::string& path) {
-  return "'" + path + "'";
-}
-
-// Runs "oxdae COMMAND FILE OPTIONS" on a document made of `body`.
-ToolRun OnDocument(const std::string& command, std::string_view body,
-                   const std::string& options = "") {
-  oxtest::TempFile file(oxtest::Collada(body));
-  return Oxdae(command + " " + Quote(file.Path()) + " " + options);
-}
-
-const std::string kSample = std::string(OX_SOURCE_DIR) + "/samples/scene.dae";
+using namespace clitest;
 
 // An animation "move" that drives a/t (0 0 0 at time 0, 2 4 6 at time 1)
 // and holds the animation "turn", which drives a/r.ANGLE (0 at time 0, 90
@@ -124,6 +76,8 @@ TEST(Cli, BadOptionsOrArgumentsExitTwoWithTheCommandUsage) {
   EXPECT_EQ(Oxdae("sample " + Quote(kSample)).code, 2);
   EXPECT_EQ(Oxdae("tree --animation spin " + Quote(kSample)).code, 2);
   EXPECT_EQ(Oxdae("check " + Quote(kSample) + " extra").code, 2);
+  EXPECT_EQ(Oxdae("materials").code, 2);
+  EXPECT_EQ(Oxdae("textures --yaml " + Quote(kSample)).code, 2);
 }
 
 TEST(Cli, TimeMustBeAFiniteNumber) {
@@ -144,7 +98,8 @@ TEST(Cli, VersionPrintsTheProjectVersion) {
 }
 
 TEST(Cli, EveryCommandHasHelp) {
-  for (const std::string command : {"info", "resave", "tree", "sample", "check"}) {
+  for (const std::string command :
+       {"info", "resave", "tree", "sample", "check", "materials", "textures"}) {
     const ToolRun run = Oxdae(command + " --help");
     EXPECT_EQ(run.code, 0) << command;
     EXPECT_NE(run.out.find("Usage: oxdae " + command + " [OPTIONS]"), std::string::npos) << run.out;
@@ -161,6 +116,7 @@ TEST(Cli, MissingFileExitsOneWithOneLine) {
   for (const std::string command :
        {"info /nonexistent/scene.dae", "tree --json /nonexistent/scene.dae",
         "check /nonexistent/scene.dae", "sample /nonexistent/scene.dae --time 0",
+        "materials --json /nonexistent/scene.dae", "textures /nonexistent/scene.dae",
         "resave /nonexistent/scene.dae /nonexistent/out.dae"}) {
     const ToolRun run = Oxdae(command);
     EXPECT_EQ(run.code, 1) << command;
@@ -225,6 +181,10 @@ TEST(Cli, InfoSummarisesTheSample) {
                           "lights: 1 (1 directional)\n"
                           "cameras: 1 (1 perspective)\n"
                           "animations: 1, channels: 1 of 1 bound, clips: 0\n"
+                          "controllers: 0\n"
+                          "materials: 1\n"
+                          "effects: 1, profiles: 1 (1 COMMON)\n"
+                          "images: 0\n"
                           "geometries:\n"
                           "  cube: 72 index values\n"
                           "    triangles: 1 element(s), count 12\n"
@@ -350,7 +310,11 @@ TEST(Cli, InfoOfAnEmptyDocumentCountsNothing) {
                          "nodes: 0, scene depth 0\n"
                          "lights: 0\n"
                          "cameras: 0\n"
-                         "animations: 0, channels: 0 of 0 bound, clips: 0\n"),
+                         "animations: 0, channels: 0 of 0 bound, clips: 0\n"
+                         "controllers: 0\n"
+                         "materials: 0\n"
+                         "effects: 0, profiles: 0\n"
+                         "images: 0\n"),
             std::string::npos)
       << run.out;
 }
@@ -760,4 +724,21 @@ TEST(Cli, CheckExitsThreeWhenAnErrorWasLogged) {
   EXPECT_EQ(run.code, 3);
   EXPECT_EQ(run.err, "error: Unsupported version of DAE File\n");
   EXPECT_EQ(run.Json(), json::parse(R"({"unresolved": [], "errors": 1, "warnings": 0})"));
+}
+
+TEST(Cli, CheckListsAnUnresolvedTextureButNotColoursOrFloats) {
+  const std::string body = R"(<library_effects><effect id="e"><profile_COMMON><technique><phong>
+ <emission><color>0 0 0 1</color></emission><diffuse><texture texture="gone" texcoord="t"/>
+ </diffuse><shininess><float>3</float></shininess></phong></technique></profile_COMMON></effect>
+</library_effects>
+<library_materials><material id="m"><instance_effect url="#nofx"/></material></library_materials>)";
+  const ToolRun run = OnDocument("check --json", body);
+  EXPECT_EQ(run.code, 3);
+  EXPECT_EQ(run.Json()["unresolved"], json::parse(R"([
+      {"element": "texture", "owner": "e", "reference": "gone", "code": -1},
+      {"element": "instance_effect", "owner": "m", "reference": "#nofx", "code": -1}])"));
+  EXPECT_EQ(OnDocument("check", body).out,
+            "texture in e: gone (code -1)\n"
+            "instance_effect in m: #nofx (code -1)\n"
+            "2 unresolved, 0 error(s), 0 warning(s)\n");
 }

@@ -4,7 +4,8 @@
 //
 // Exit status: 0 success, 1 the document could not be read or written (or
 // an id given on the command line names nothing), 2 bad usage (with the
-// usage on standard error), 3 "check" found something to fix.
+// usage on standard error), 3 the command found a problem ("check":
+// something to fix; "textures": a picture file is missing).
 #include <algorithm>
 #include <cstdio>
 #include <exception>
@@ -16,7 +17,8 @@ namespace {
 
 using namespace oxdae;
 
-constexpr const char* kDescription = "Inspect, check and resave COLLADA documents.";
+constexpr const char* kDescription =
+    "Inspect, check and resave COLLADA documents and list their materials and textures.";
 
 // What was wrong with the command line. A first word that names no command
 // is reported as such rather than as a missing command.
@@ -30,8 +32,8 @@ int Run(int argc, char** argv) {
   CLI::App tool(kDescription, "oxdae");
   tool.set_version_flag("--version", "oxdae " PROJECT_VERSION);
   tool.require_subcommand(1);
-  const Command commands[] = {AddInfo(tool), AddResave(tool), AddTree(tool), AddSample(tool),
-                              AddCheck(tool)};
+  const Command commands[] = {AddInfo(tool),  AddResave(tool),    AddTree(tool),    AddSample(tool),
+                              AddCheck(tool), AddMaterials(tool), AddTextures(tool)};
   try {
     tool.parse(argc, argv);
   } catch (const CLI::ParseError& e) {

@@ -32,7 +32,7 @@ using Json = nlohmann::ordered_json;
 inline constexpr int kExitOK = 0;
 inline constexpr int kExitFailure = 1;   // cannot read or write, unknown id
 inline constexpr int kExitUsage = 2;     // bad command line
-inline constexpr int kExitFindings = 3;  // check: something to fix
+inline constexpr int kExitFindings = 3;  // check: something to fix; textures: a missing file
 
 // A command of the tool: its part of the command line and what it does once
 // the command line is parsed (returning the exit status).
@@ -46,6 +46,8 @@ Command AddResave(CLI::App& tool);
 Command AddTree(CLI::App& tool);
 Command AddSample(CLI::App& tool);
 Command AddCheck(CLI::App& tool);
+Command AddMaterials(CLI::App& tool);
+Command AddTextures(CLI::App& tool);
 
 // Counts the log records while the default sink prints them.
 class LogCounter {

@@ -114,6 +114,74 @@ void CountElements(Report& report, const oxDAEFile& document) {
   }
 }
 
+// The records listed by the source `input` names: its accessor's count, else
+// its array's values; 0 without a source.
+uint64_t SourceRecords(const oxDAEInputElement* input) {
+  const oxDAESource* source = input ? oxDAESource::DynamicCast(input->source) : nullptr;
+  if (!source) return 0;
+  if (const oxDAEAccessor* accessor = source->GetAccessor()) return accessor->count;
+  return source->array ? source->array->GetValueCount() : 0;
+}
+
+// The joints come from <joints>, or from the vertex weights when <joints>
+// has no JOINT input.
+SkinReport DescribeSkin(const oxDAEController& controller, const oxDAESkin& skin) {
+  SkinReport s{controller.id};
+  const oxDAEVertexWeights* weights = skin.vertexWeights;
+  const oxDAEInputElement* joint = skin.joints ? skin.joints->GetInput("JOINT") : nullptr;
+  if (!joint && weights) joint = weights->GetInput("JOINT");
+  s.joints = SourceRecords(joint);
+  if (weights) {
+    s.vertices = weights->count;
+    s.maxInfluences = weights->GetMaxInfluenceCount();
+  }
+  return s;
+}
+
+MorphReport DescribeMorph(const oxDAEController& controller, const oxDAEMorph& morph) {
+  return {controller.id, SourceRecords(morph.GetInput("MORPH_TARGET")), morph.method};
+}
+
+void CountProfile(ProfileCounts& profiles, const oxDAEFxProfile& profile) {
+  switch (profile.GetProfileType()) {
+    case oxDAEFxProfile::COMMON:
+      ++profiles.common;
+      return;
+    case oxDAEFxProfile::CG:
+      ++profiles.cg;
+      return;
+    case oxDAEFxProfile::GLSL:
+      ++profiles.glsl;
+      return;
+    case oxDAEFxProfile::GLES:
+      ++profiles.gles;
+      return;
+    default:
+      return;
+  }
+}
+
+// Counts the controllers, materials, effects, profiles and images, one pass
+// over the document.
+void CountShading(Report& report, const oxDAEFile& document) {
+  for (const auto& element : document.GetElements()) {
+    const oxDAEBaseElement* e = element.get();
+    if (const oxDAEController* controller = oxDAEController::DynamicCast(e)) {
+      if (controller->skin) report.skins.push_back(DescribeSkin(*controller, *controller->skin));
+      if (controller->morph)
+        report.morphs.push_back(DescribeMorph(*controller, *controller->morph));
+    } else if (oxDAEMaterial::DynamicCast(e)) {
+      ++report.materials;
+    } else if (oxDAEEffect::DynamicCast(e)) {
+      ++report.effects;
+    } else if (const oxDAEFxProfile* profile = oxDAEFxProfile::DynamicCast(e)) {
+      CountProfile(report.profiles, *profile);
+    } else if (oxDAEImage::DynamicCast(e)) {
+      ++report.images;
+    }
+  }
+}
+
 // Milliseconds with three decimals.
 double Milliseconds(double seconds) {
   return std::round(seconds * 1e6) / 1e3;
@@ -133,6 +201,10 @@ KindCounts LightCounts::ByKind() const {
           {"point", point},
           {"spot", spot},
           {"other", other}};
+}
+
+KindCounts ProfileCounts::ByKind() const {
+  return {{"COMMON", common}, {"CG", cg}, {"GLSL", glsl}, {"GLES", gles}};
 }
 
 KindCounts CameraCounts::ByKind() const {
@@ -161,6 +233,7 @@ Report BuildReport(const oxDAEFile& document, const std::string& file) {
   if (root->scene && root->scene->instanceVisualScene)
     report.sceneURL = root->scene->instanceVisualScene->url;
   CountElements(report, document);
+  CountShading(report, document);
   report.sceneDepth = SceneDepth(DefaultVisualScene(document));
   return report;
 }
@@ -194,6 +267,21 @@ void PutSceneGraph(std::string& out, const Report& r) {
       " bound, clips: ", r.clips, "\n");
 }
 
+void PutShading(std::string& out, const Report& r) {
+  const KindCounts controllers = {{"skin", r.skins.size()}, {"morph", r.morphs.size()}};
+  Put(out, "controllers: ", Breakdown(controllers), "\n");
+  for (const SkinReport& s : r.skins) {
+    Put(out, "  skin ", s.id.empty() ? "(no id)" : s.id, ": ", s.joints, " joint(s), ", s.vertices,
+        " vertices, up to ", s.maxInfluences, " influence(s) per vertex\n");
+  }
+  for (const MorphReport& m : r.morphs) {
+    Put(out, "  morph ", m.id.empty() ? "(no id)" : m.id, ": ", m.targets, " target(s), method ",
+        m.method.empty() ? "(none)" : m.method, "\n");
+  }
+  Put(out, "materials: ", r.materials, "\neffects: ", r.effects,
+      ", profiles: ", Breakdown(r.profiles.ByKind()), "\nimages: ", r.images, "\n");
+}
+
 }  // namespace
 
 std::string FormatText(const Report& r) {
@@ -212,6 +300,7 @@ std::string FormatText(const Report& r) {
     Put(out, "  ", l.tag, ": ", l.elements, "\n");
   Put(out, "scene: ", r.sceneURL.empty() ? "none" : r.sceneURL, "\n");
   PutSceneGraph(out, r);
+  PutShading(out, r);
   if (!r.geometries.empty()) Put(out, "geometries:\n");
   for (const GeometryReport& g : r.geometries) {
     Put(out, "  ", g.id, ": ", g.indexValues, " index values\n");
@@ -256,6 +345,20 @@ Json GeometryJSON(const GeometryReport& g) {
           {"sources", std::move(sources)}};
 }
 
+Json ControllersJSON(const Report& r) {
+  Json skins = Json::array();
+  for (const SkinReport& s : r.skins) {
+    skins.push_back({{"id", s.id},
+                     {"joints", s.joints},
+                     {"vertices", s.vertices},
+                     {"maxInfluences", s.maxInfluences}});
+  }
+  Json morphs = Json::array();
+  for (const MorphReport& m : r.morphs)
+    morphs.push_back({{"id", m.id}, {"targets", m.targets}, {"method", JsonText(m.method)}});
+  return {{"skins", std::move(skins)}, {"morphs", std::move(morphs)}};
+}
+
 }  // namespace
 
 Json FormatJSON(const Report& r) {
@@ -279,6 +382,11 @@ Json FormatJSON(const Report& r) {
   out["animations"] = r.animations;
   out["channels"] = {{"bound", r.boundChannels}, {"total", r.channels}};
   out["clips"] = r.clips;
+  out["controllers"] = ControllersJSON(r);
+  out["materials"] = r.materials;
+  out["effects"] = r.effects;
+  out["profiles"] = KindsJSON(r.profiles.ByKind());
+  out["images"] = r.images;
   Json geometries = Json::array();
   for (const GeometryReport& g : r.geometries)
     geometries.push_back(GeometryJSON(g));

@@ -61,6 +61,33 @@ struct CameraCounts {
   KindCounts ByKind() const;
 };
 
+// A skin controller: the joints its JOINT source lists, the vertices its
+// vertex weights cover ("count") and the most influences on one vertex.
+struct SkinReport {
+  std::string id;  // the controller's
+  uint64_t joints = 0;
+  uint64_t vertices = 0;
+  uint64_t maxInfluences = 0;
+};
+
+// A morph controller: the targets its MORPH_TARGET source lists and its
+// "method" as written.
+struct MorphReport {
+  std::string id;  // the controller's
+  uint64_t targets = 0;
+  std::string method;
+};
+
+// Effect profiles by kind; an effect with two profiles counts in both.
+struct ProfileCounts {
+  uint64_t common = 0;
+  uint64_t cg = 0;
+  uint64_t glsl = 0;
+  uint64_t gles = 0;
+
+  KindCounts ByKind() const;
+};
+
 struct Report {
   std::string file;
   std::string version;
@@ -81,6 +108,12 @@ struct Report {
   uint64_t channels = 0;
   uint64_t boundChannels = 0;  // channels bound to an animatable value
   uint64_t clips = 0;
+  std::vector<SkinReport> skins;
+  std::vector<MorphReport> morphs;
+  uint64_t materials = 0;
+  uint64_t effects = 0;
+  ProfileCounts profiles;
+  uint64_t images = 0;  // those of the image library and of effect profiles
   std::vector<GeometryReport> geometries;
   uint64_t totalVertices = 0;     // POSITION records of every mesh
   uint64_t totalIndexValues = 0;  // values of every <p> list

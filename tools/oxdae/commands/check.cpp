@@ -10,7 +10,9 @@
 // reference shown is the text that failed: an instance's url, an instance
 // material's target, a channel's source when it has no sampler and else its
 // target path, the first skeleton of an instance controller that named no
-// node.
+// node, an instance effect's url, a skin's source, the texture reference of
+// a colour-or-texture value (listed as "texture"; colour and float values
+// name nothing and are not listed).
 //
 // Exit status: 0 when nothing is listed and no error was logged, 3
 // otherwise, 1 when the document cannot be read.
@@ -51,7 +53,20 @@ std::optional<oxString> FailedReference(const oxDAEBaseElement& element) {
   if (const auto* material = oxDAEInstanceMaterial::DynamicCast(&element)) return material->target;
   if (const auto* channel = oxDAEChannel::DynamicCast(&element))
     return channel->sampler ? channel->targetPath : channel->source;
+  if (const auto* effect = oxDAEInstanceEffect::DynamicCast(&element)) return effect->url;
+  if (const auto* skin = oxDAESkin::DynamicCast(&element)) return skin->source;
+  // Colours and floats report a code too: only a texture names something.
+  if (const auto* value = oxDAEFxColorOrTextureType::DynamicCast(&element))
+    return value->IsTexture() ? value->texture : oxString();
+  if (oxDAEFxFloatOrParamType::DynamicCast(&element)) return oxString();
   return std::nullopt;
+}
+
+// The tag a finding names: a colour-or-texture value takes its tag from its
+// parent, and what failed in it is its <texture>.
+std::string_view FindingTag(const oxDAEBaseElement& element) {
+  if (oxDAEFxColorOrTextureType::DynamicCast(&element)) return "texture";
+  return element.GetXMLTag();
 }
 
 std::vector<Finding> FindUnresolved(const oxDAEFile& document) {
@@ -86,7 +101,7 @@ std::vector<Finding> FindUnresolved(const oxDAEFile& document) {
 Json CheckJSON(const std::vector<Finding>& findings, const LogCounter& log) {
   Json unresolved = Json::array();
   for (const Finding& f : findings) {
-    unresolved.push_back({{"element", JsonText(f.element->GetXMLTag())},
+    unresolved.push_back({{"element", JsonText(FindingTag(*f.element))},
                           {"owner", JsonText(f.element->GetParentingPath())},
                           {"reference", JsonText(f.reference)},
                           {"code", f.code}});
@@ -100,7 +115,7 @@ std::string CheckText(const std::vector<Finding>& findings, const LogCounter& lo
   std::string text;
   for (const Finding& f : findings) {
     const oxString owner = f.element->GetParentingPath();
-    text += OxKernel::oxConcat(f.element->GetXMLTag(), " in ", owner.empty() ? "(no id)" : owner,
+    text += OxKernel::oxConcat(FindingTag(*f.element), " in ", owner.empty() ? "(no id)" : owner,
                                ": ", f.reference.empty() ? "(no reference)" : f.reference,
                                " (code ", f.code, ")\n");
   }

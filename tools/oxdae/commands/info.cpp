@@ -31,7 +31,9 @@ int RunInfo(const InfoOptions& options) {
 Command AddInfo(CLI::App& tool) {
   auto options = std::make_shared<InfoOptions>();
   CLI::App* command = tool.add_subcommand(
-      "info", "Summarise a document: asset, libraries, scene graph, animation, geometry, log.");
+      "info",
+      "Summarise a document: asset, libraries, scene graph, animation, controllers, materials, "
+      "geometry, log.");
   AddFileAndJSON(*command, options->file, options->json, "summary");
   return {command, [options] { return RunInfo(*options); }};
 }
