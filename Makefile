@@ -1,6 +1,6 @@
 # Two commands do everything on a fresh Debian machine (as root):
-#   make demo   install what is missing, build, summarise the bundled sample
-#               and print its node tree
+#   make demo   install what is missing, build, summarise the bundled sample,
+#               print its node tree and its materials
 #   make test   install what is missing, build, run every test through ctest
 #
 # Variables: SANITIZE=ON builds with AddressSanitizer and UBSan (in its own
@@ -33,6 +33,7 @@ build: configure
 demo: build
 	$(BUILD_DIR)/bin/oxdae info samples/scene.dae
 	$(BUILD_DIR)/bin/oxdae tree samples/scene.dae
+	$(BUILD_DIR)/bin/oxdae materials samples/scene.dae
 
 test: build
 	ctest --test-dir $(BUILD_DIR) --output-on-failure -j $(JOBS)
@@ -47,7 +48,8 @@ bench: setup
 fuzz: setup
 	CXX=clang++ cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DOX_BUILD_FUZZ=ON -DOX_BUILD_TESTS=OFF
 	cmake --build build/fuzz -j $(JOBS)
-	build/fuzz/bin/oxdae_fuzz -dict=fuzz/collada.dict -max_total_time=$${FUZZ_SECONDS:-60} fuzz/seeds
+	mkdir -p build/fuzz/corpus
+	build/fuzz/bin/oxdae_fuzz -dict=fuzz/collada.dict -max_total_time=$${FUZZ_SECONDS:-60} build/fuzz/corpus fuzz/seeds
 
 format:
 	clang-format -i $$(git ls-files '*.h' '*.cpp')

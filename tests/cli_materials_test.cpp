@@ -368,3 +368,16 @@ TEST(Cli, TextureChainLeadsFromTheMaterialToThePictureFile) {
       textures.Json()["images"][0],
       (json{{"id", "img"}, {"init_from", "tex/pic%201.png"}, {"path", picture}, {"exists", true}}));
 }
+
+TEST(Cli, BundledSampleShipsThePictureItsGroundMaterialUses) {
+  const ToolRun materials = Oxdae("materials --json " + Quote(kSample));
+  ASSERT_EQ(materials.code, 0) << materials.err;
+  const json ground = materials.Json()["materials"][1];
+  EXPECT_EQ(ground["id"], "ground-material");
+  EXPECT_EQ(ground["values"]["diffuse"]["image"], "checker");
+  const ToolRun textures = Oxdae("textures --json " + Quote(kSample));
+  EXPECT_EQ(textures.code, 0) << textures.out;
+  const json image = textures.Json()["images"][0];
+  EXPECT_EQ(image["path"], std::string(OX_SOURCE_DIR) + "/samples/textures/ground checker.png");
+  EXPECT_EQ(image["exists"], true);
+}

@@ -171,8 +171,9 @@ TEST(Cli, InfoSummarisesTheSample) {
                           "libraries:\n"
                           "  library_cameras: 1\n"
                           "  library_lights: 1\n"
-                          "  library_effects: 1\n"
-                          "  library_materials: 1\n"
+                          "  library_images: 1\n"
+                          "  library_effects: 2\n"
+                          "  library_materials: 2\n"
                           "  library_geometries: 3\n"
                           "  library_animations: 1\n"
                           "  library_visual_scenes: 1\n"
@@ -182,9 +183,9 @@ TEST(Cli, InfoSummarisesTheSample) {
                           "cameras: 1 (1 perspective)\n"
                           "animations: 1, channels: 1 of 1 bound, clips: 0\n"
                           "controllers: 0\n"
-                          "materials: 1\n"
-                          "effects: 1, profiles: 1 (1 COMMON)\n"
-                          "images: 0\n"
+                          "materials: 2\n"
+                          "effects: 2, profiles: 2 (2 COMMON)\n"
+                          "images: 1\n"
                           "geometries:\n"
                           "  cube: 72 index values\n"
                           "    triangles: 1 element(s), count 12\n"
@@ -213,8 +214,8 @@ TEST(Cli, InfoJsonIsOneLineWithTheSameFacts) {
   EXPECT_EQ(report["asset"], json::parse(R"({"authoringTool": "oxdae sample writer 1.0",
       "authoringToolCode": 0, "authoringToolVersion": "0.0.0",
       "unit": {"name": "centimeter", "meter": 0.01}, "upAxis": "Y_UP"})"));
-  EXPECT_EQ(report["libraries"].size(), 7u);
-  EXPECT_EQ(report["libraries"][4], json::parse(R"({"tag": "library_geometries", "elements": 3})"));
+  EXPECT_EQ(report["libraries"].size(), 8u);
+  EXPECT_EQ(report["libraries"][5], json::parse(R"({"tag": "library_geometries", "elements": 3})"));
   EXPECT_EQ(report["scene"], "#scene");
   EXPECT_EQ(report["geometries"][1], json::parse(R"({"id": "pyramid", "indexValues": 16,
       "primitives": [{"kind": "polylist", "elements": 1, "count": 5}],
