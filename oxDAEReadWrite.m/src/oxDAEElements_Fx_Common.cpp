@@ -18,28 +18,6 @@ OX_DAE_ELEMENT_DEFINE(oxDAEFxFloatOrParamType);
 
 using Technique = oxDAEFxProfileCommon::Technique;
 
-namespace {
-
-// Walks the children of the element the reader stands on and dispatches each
-// by the first rule whose tag matches; children without a rule are stepped
-// over without a message.
-template <class Owner, class Rule, size_t N>
-void ReadKnownChildren(Owner& owner, const Rule (&rules)[N], oxDAEFile& file) {
-  OxKernel::oxXMLReader& reader = *file.reader;
-  reader.EnterChildren();
-  while (reader.MoveNext() == 0) {
-    const std::string_view tag = reader.GetTag();
-    for (const Rule& rule : rules) {
-      if (rule.tag != tag) continue;
-      if (rule.read) rule.read(owner, file);
-      break;
-    }
-  }
-  reader.LeaveChildren();
-}
-
-}  // namespace
-
 // --- Profiles -------------------------------------------------------------------
 
 constexpr oxDAEChildRule<oxDAEFxProfile> kProfileChildren[] = {
@@ -52,7 +30,7 @@ constexpr oxDAEChildRule<oxDAEFxProfile> kProfileChildren[] = {
 };
 
 void oxDAEFxProfile::Read(oxDAEFile& file) {
-  ReadKnownChildren(*this, kProfileChildren, file);
+  file.ReadKnownChildren(*this, kProfileChildren);
 }
 
 void oxDAEFxProfile::Write(oxDAEFile&) {}
@@ -174,7 +152,7 @@ void Technique::Read(oxDAEFile& file) {
 }
 
 void Technique::ReadInternal(oxDAEFile& file) {
-  ReadKnownChildren(*this, kValues, file);
+  file.ReadKnownChildren(*this, kValues);
 }
 
 void Technique::Write(oxDAEFile& file) {
@@ -226,7 +204,7 @@ void ReadTexture(ColorOrTextureReader& r, oxDAEFile& file) {
   value.kind = kFxValueTexture;
   file.reader->ReadAttributeString("texture", value.texture);
   file.reader->ReadAttributeString("texcoord", value.texcoord);
-  ReadKnownChildren(value, kTextureChildren, file);
+  file.ReadKnownChildren(value, kTextureChildren);
 }
 
 constexpr oxDAEChildRule<ColorOrTextureReader> kColorOrTextureChildren[] = {

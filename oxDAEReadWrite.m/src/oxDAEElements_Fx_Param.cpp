@@ -284,16 +284,8 @@ void ReadAnnotation(Owner& owner, oxDAEFile& file) {
 // parameter's value element.
 template <class Owner, size_t N>
 void ReadParamChildren(Owner& owner, const oxDAEChildRule<Owner> (&rules)[N], oxDAEFile& file) {
-  OxKernel::oxXMLReader& reader = *file.reader;
-  reader.EnterChildren();
-  while (reader.MoveNext() == 0) {
-    if (const oxDAEChildRule<Owner>* rule = oxDAEFile::FindChildRule(rules, reader.GetTag())) {
-      rule->read(owner, file);
-    } else {
-      owner.ReadBasicTypeElement(file);
-    }
-  }
-  reader.LeaveChildren();
+  file.ReadChildrenOr(owner, rules,
+                      [&owner, &file](std::string_view) { owner.ReadBasicTypeElement(file); });
 }
 
 constexpr oxDAEChildRule<oxDAEFxNewParam> kNewParamChildren[] = {

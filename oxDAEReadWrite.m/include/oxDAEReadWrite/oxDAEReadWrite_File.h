@@ -198,10 +198,10 @@ class oxDAEFile {
     owner.extras.push_back(extra);
   }
 
-  // The first rule of `rules` whose tag is `tag`, or null.
-  template <class Owner, size_t N>
-  static const oxDAEChildRule<Owner>* FindChildRule(const oxDAEChildRule<Owner> (&rules)[N],
-                                                    std::string_view tag) {
+  // The first rule of `rules` whose tag is `tag`, or null. A rule is any
+  // row with a `tag` (oxDAEChildRule, or an owner's richer table).
+  template <class Rule, size_t N>
+  static const Rule* FindChildRule(const Rule (&rules)[N], std::string_view tag) {
     for (const auto& rule : rules) {
       if (rule.tag == tag) return &rule;
     }
@@ -209,17 +209,31 @@ class oxDAEFile {
   }
 
   // Walks the children of the element the reader stands on and dispatches
-  // each by the first rule whose tag matches; an unmatched child draws
+  // each by the first rule whose tag matches (a rule with a null `read`
+  // steps over its child); an unmatched child draws
   // UnknownTagWarning(tag, parentTag). The reader ends on the element.
-  template <class Owner, size_t N>
-  void ReadChildren(Owner& owner, const oxDAEChildRule<Owner> (&rules)[N],
-                    std::string_view parentTag) {
+  template <class Owner, class Rule, size_t N>
+  void ReadChildren(Owner& owner, const Rule (&rules)[N], std::string_view parentTag) {
+    ReadChildrenOr(owner, rules, [parentTag](std::string_view tag) {
+      oxDAEBaseElement::UnknownTagWarning(tag, parentTag);
+    });
+  }
+  // As ReadChildren, for content whose other children are stepped over
+  // without a message.
+  template <class Owner, class Rule, size_t N>
+  void ReadKnownChildren(Owner& owner, const Rule (&rules)[N]) {
+    ReadChildrenOr(owner, rules, [](std::string_view) {});
+  }
+  // As ReadChildren, with `otherwise(tag)` called for each unmatched child
+  // while the reader stands on it.
+  template <class Owner, class Rule, size_t N, class Otherwise>
+  void ReadChildrenOr(Owner& owner, const Rule (&rules)[N], Otherwise otherwise) {
     reader->EnterChildren();
     while (reader->MoveNext() == 0) {
       const std::string_view tag = reader->GetTag();
-      const oxDAEChildRule<Owner>* rule = FindChildRule(rules, tag);
+      const Rule* rule = FindChildRule(rules, tag);
       if (!rule) {
-        oxDAEBaseElement::UnknownTagWarning(tag, parentTag);
+        otherwise(tag);
       } else if (rule->read) {
         rule->read(owner, *this);
       }
