@@ -271,15 +271,6 @@ void oxDAEFxAnnotate::Write(oxDAEFile& file) {
 
 namespace {
 
-// Appends a copy of the <annotate> the reader stands on.
-template <class Owner>
-void ReadAnnotation(Owner& owner, oxDAEFile& file) {
-  oxDAEFxAnnotate annotation;
-  annotation.parent = &owner;
-  annotation.Read(file);
-  owner.annotations.push_back(annotation);
-}
-
 // Dispatches the children of a parameter by `rules`; any other child is the
 // parameter's value element.
 template <class Owner, size_t N>
@@ -289,12 +280,12 @@ void ReadParamChildren(Owner& owner, const oxDAEChildRule<Owner> (&rules)[N], ox
 }
 
 constexpr oxDAEChildRule<oxDAEFxNewParam> kNewParamChildren[] = {
-    {oxDAEFxAnnotate::s_XMLTag, ReadAnnotation<oxDAEFxNewParam>},
+    {oxDAEFxAnnotate::s_XMLTag, oxDAEFxAnnotate::ReadInto<oxDAEFxNewParam>},
     {"semantic", [](oxDAEFxNewParam& p, oxDAEFile& f) { f.reader->ReadTextString(p.semantic); }},
 };
 
 constexpr oxDAEChildRule<oxDAEFxSetParam> kSetParamChildren[] = {
-    {oxDAEFxAnnotate::s_XMLTag, ReadAnnotation<oxDAEFxSetParam>},
+    {oxDAEFxAnnotate::s_XMLTag, oxDAEFxAnnotate::ReadInto<oxDAEFxSetParam>},
 };
 
 }  // namespace

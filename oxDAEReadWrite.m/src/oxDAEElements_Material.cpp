@@ -3,6 +3,7 @@
 #include <oxKernel/oxLog.h>
 
 #include "oxDAEReadWrite/oxDAEElements_Fx_Param.h"
+#include "oxDAEReadWrite/oxDAEElements_Fx_Shader.h"
 #include "oxDAEReadWrite/oxDAEElements_Main_Document.h"
 #include "oxDAEReadWrite/oxDAEReadWrite_File.h"
 #include "oxDAEReadWrite/oxDAETechniques.h"
@@ -106,9 +107,10 @@ constexpr oxDAEChildRule<oxDAEEffect> kEffectChildren[] = {
        e.commonProfile = f.ReadChild<oxDAEFxProfileCommon>(&e);
        e.profiles.push_back(e.commonProfile);
      }},
-    // A class of its own for the CG profile comes with the shader profiles;
-    // until then it is kept as a generic profile.
-    {oxDAEFxProfile::s_XMLTagCG, ReadGenericProfile<EProfile::CG>},
+    {oxDAEFxProfileCG::s_XMLTag,
+     [](oxDAEEffect& e, oxDAEFile& f) {
+       e.profiles.push_back(f.ReadChild<oxDAEFxProfileCG>(&e));
+     }},
     {oxDAEFxProfile::s_XMLTagGLSL, ReadGenericProfile<EProfile::GLSL>},
     {oxDAEFxProfile::s_XMLTagGLES, ReadGenericProfile<EProfile::GLES>},
     {oxDAEExtraElement::s_XMLTag, oxDAEFile::ReadExtraChild<oxDAEEffect>},

@@ -30,9 +30,9 @@ enum oxDAEFxValueKind : int {
 
 // A profile of an effect: its images and new params in document order (owned
 // by the document) and its type, fixed at construction (UNKNOWN for a default
-// constructed profile). <profile_GLSL>, <profile_GLES> and, for now,
-// <profile_CG> are kept as this generic class; <profile_COMMON> is
-// oxDAEFxProfileCommon. The profile's own attributes are not read.
+// constructed profile). <profile_GLSL> and <profile_GLES> are kept as this
+// generic class (their own attributes are not read); <profile_COMMON> is
+// oxDAEFxProfileCommon and <profile_CG> oxDAEFxProfileCG.
 class oxDAEFxProfile : public oxDAEElement {
   OX_DAE_ELEMENT(oxDAEFxProfile, oxDAEElement, "profile")
 

@@ -138,6 +138,16 @@ class oxDAEFxAnnotate : public oxDAEFxParam {
   // attribute list is ended, where the writer drops it: an annotation is
   // written back without its name.
   void Write(oxDAEFile& file) override;
+
+  // A child rule for the owners that keep annotations by value: reads the
+  // <annotate> the reader stands on and appends a copy to owner.annotations.
+  template <class Owner>
+  static void ReadInto(Owner& owner, oxDAEFile& file) {
+    oxDAEFxAnnotate annotation;
+    annotation.parent = &owner;
+    annotation.Read(file);
+    owner.annotations.push_back(annotation);
+  }
 };
 
 // <newparam>: "sid" (the inherited sid field; name and id are not read), the
