@@ -1,6 +1,7 @@
 // The oxdae commands about effects and pictures, run as a separate process:
 // what "info" counts of controllers, materials, effects and images, and the
-// "materials" and "textures" commands.
+// "materials" (with the profiles and render states of each effect) and
+// "textures" commands.
 #include <unistd.h>
 
 #include <filesystem>
@@ -117,9 +118,12 @@ TEST(Cli, MaterialsJsonGivesEachMaterialItsEffectAndValues) {
                        "init_from": null},
         "transparent": {"color": [1, 1, 1, 0.5], "opaque": "RGB_ZERO"},
         "shininess": {"float": 20},
-        "transparency": {"float": 0.25}}},
-      {"id": "Lost", "name": "Lost", "effect": null, "shading": null, "values": {}},
-      {"id": "bare", "name": "", "effect": null, "shading": null, "values": {}}]})"));
+        "transparency": {"float": 0.25}},
+       "profiles": [{"kind": "COMMON"}]},
+      {"id": "Lost", "name": "Lost", "effect": null, "shading": null, "values": {},
+       "profiles": []},
+      {"id": "bare", "name": "", "effect": null, "shading": null, "values": {},
+       "profiles": []}]})"));
 }
 
 TEST(Cli, MaterialsTextListsTheValuesAligned) {
@@ -134,6 +138,7 @@ TEST(Cli, MaterialsTextListsTheValuesAligned) {
             "  transparent          color 1 1 1 0.5, opaque RGB_ZERO\n"
             "  shininess            float 20\n"
             "  transparency         float 0.25\n"
+            "  profiles             COMMON\n"
             "Lost: effect \"#nothing\" not found\n"
             "bare: no effect\n"
             "3 material(s)\n");
@@ -162,22 +167,30 @@ TEST(Cli, MaterialsShowEveryShadingModelAndTheDefaultOpacity) {
   EXPECT_EQ(run.Json(), json::parse(R"({"materials": [
       {"id": "mc", "name": "", "effect": "c", "shading": "constant", "values": {
         "transparent": {"color": [0, 0, 0, 1], "opaque": "A_ONE"},
-        "index_of_refraction": {"float": 1.5}}},
+        "index_of_refraction": {"float": 1.5}}, "profiles": [{"kind": "COMMON"}]},
       {"id": "ml", "name": "", "effect": "l", "shading": "lambert", "values": {
-        "reflectivity": {"float": -2}}},
-      {"id": "mp", "name": "", "effect": "p", "shading": "phong", "values": {}},
-      {"id": "mg", "name": "", "effect": "g", "shading": null, "values": {}},
-      {"id": "mn", "name": "", "effect": "n", "shading": null, "values": {}}]})"));
+        "reflectivity": {"float": -2}}, "profiles": [{"kind": "COMMON"}]},
+      {"id": "mp", "name": "", "effect": "p", "shading": "phong", "values": {},
+       "profiles": [{"kind": "COMMON"}]},
+      {"id": "mg", "name": "", "effect": "g", "shading": null, "values": {},
+       "profiles": [{"kind": "GLSL"}]},
+      {"id": "mn", "name": "", "effect": "n", "shading": null, "values": {},
+       "profiles": [{"kind": "COMMON"}]}]})"));
   const ToolRun text = OnDocument("materials", body);
   EXPECT_EQ(text.out,
             "mc: effect c, constant\n"
             "  transparent          color 0 0 0 1, opaque A_ONE\n"
             "  index_of_refraction  float 1.5\n"
+            "  profiles             COMMON\n"
             "ml: effect l, lambert\n"
             "  reflectivity         float -2\n"
+            "  profiles             COMMON\n"
             "mp: effect p, phong\n"
+            "  profiles             COMMON\n"
             "mg: effect g, no common profile\n"
+            "  profiles             GLSL\n"
             "mn: effect n, no common profile\n"
+            "  profiles             COMMON\n"
             "5 material(s)\n");
 }
 
@@ -196,6 +209,98 @@ TEST(Cli, MaterialsWriteANonFiniteColourAsNull) {
   EXPECT_EQ(run.code, 0);
   EXPECT_EQ(run.Json()["materials"][0]["values"]["diffuse"],
             json::parse(R"({"color": [null, 0, 0, 1]})"));
+}
+
+// --- materials: profiles and render states ---------------------------------------
+
+namespace {
+
+// An effect "fx" with a common, a CG and a GLSL profile; the CG technique
+// "t1" has a pass "p0" with simple, indexed, complex, default-less, sampler
+// and unknown states and a shader, and a pass without sid or states.
+constexpr std::string_view kCGEffect = R"(<library_effects><effect id="fx">
+ <profile_COMMON><technique><lambert><diffuse><color>1 0 0 1</color></diffuse></lambert>
+ </technique></profile_COMMON>
+ <profile_CG><technique sid="t1"><pass sid="p0">
+  <depth_test_enable value="true"/>
+  <light_enable index="2" value="true"/>
+  <stencil_func><func value="EQUAL"/><ref value="1"/></stencil_func>
+  <stencil_test_enable value="true"/>
+  <textureDEPTH value="depthSampler"/>
+  <depth_func/>
+  <foo_bar/>
+  <shader stage="VERTEX"><name>main</name></shader>
+ </pass><pass/></technique></profile_CG>
+ <profile_GLSL/></effect></library_effects>
+<library_materials><material id="m"><instance_effect url="#fx"/></material></library_materials>)";
+
+}  // namespace
+
+TEST(Cli, MaterialsJsonListTheProfilesAndTheRenderStatesOfEachCGPass) {
+  const ToolRun run = OnDocument("materials --json", kCGEffect);
+  EXPECT_EQ(run.code, 0);
+  EXPECT_EQ(run.err,
+            "warning: cannot get the default value of the render state (stencil_test_enable)\n"
+            "warning: cannot get the type of the render state (foo_bar)\n");
+  // The parts of <stencil_func> are listed under their keys; the mask part
+  // is absent from the document and from the list.
+  EXPECT_EQ(run.Json()["materials"][0]["profiles"], json::parse(R"([
+      {"kind": "COMMON"},
+      {"kind": "CG", "techniques": [{"sid": "t1", "passes": [
+        {"sid": "p0", "states": [
+          {"name": "depth_test_enable", "index": null, "type": "bool", "value": "true"},
+          {"name": "light_enable", "index": 2, "type": "bool", "value": "true"},
+          {"name": "stencil_func/func", "index": null, "type": "enum", "value": "EQUAL"},
+          {"name": "stencil_func/ref", "index": null, "type": "int", "value": "1"},
+          {"name": "stencil_test_enable", "index": null, "type": "bool", "value": null},
+          {"name": "textureDEPTH", "index": null, "type": "samplerRECT",
+           "value": "depthSampler"},
+          {"name": "depth_func", "index": null, "type": "enum", "value": "ALWAYS"},
+          {"name": "foo_bar", "index": null, "type": null, "value": null}]},
+        {"sid": "", "states": []}]}]},
+      {"kind": "GLSL"}])"));
+}
+
+TEST(Cli, MaterialsTextShowsTheProfilesAndOneLinePerRenderState) {
+  const ToolRun run = OnDocument("materials", kCGEffect);
+  EXPECT_EQ(run.code, 0);
+  EXPECT_EQ(run.out,
+            "m: effect fx, lambert\n"
+            "  diffuse              color 1 0 0 1\n"
+            "  profiles             COMMON CG GLSL\n"
+            "  CG technique t1\n"
+            "    pass p0\n"
+            "      depth_test_enable: bool true\n"
+            "      light_enable[2]: bool true\n"
+            "      stencil_func/func: enum EQUAL\n"
+            "      stencil_func/ref: int 1\n"
+            "      stencil_test_enable: bool, no value\n"
+            "      textureDEPTH: samplerRECT depthSampler\n"
+            "      depth_func: enum ALWAYS\n"
+            "      foo_bar: no type, no value\n"
+            "    pass (no sid)\n"
+            "1 material(s)\n");
+}
+
+TEST(Cli, MaterialsListProfilesInDocumentOrderAndCGTechniquesWithoutPasses) {
+  const std::string body = R"(<library_effects><effect id="e">
+ <profile_GLES/><profile_CG><technique sid="a"/><technique/></profile_CG><profile_COMMON/>
+ <profile_CG/></effect></library_effects>
+<library_materials><material id="m"><instance_effect url="#e"/></material></library_materials>)";
+  const ToolRun run = OnDocument("materials --json", body);
+  EXPECT_EQ(run.code, 0);
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.Json()["materials"][0]["profiles"], json::parse(R"([
+      {"kind": "GLES"},
+      {"kind": "CG", "techniques": [{"sid": "a", "passes": []}, {"sid": "", "passes": []}]},
+      {"kind": "COMMON"},
+      {"kind": "CG", "techniques": []}])"));
+  EXPECT_EQ(OnDocument("materials", body).out,
+            "m: effect e, no common profile\n"
+            "  profiles             GLES CG COMMON CG\n"
+            "  CG technique a\n"
+            "  CG technique (no sid)\n"
+            "1 material(s)\n");
 }
 
 // --- textures -----------------------------------------------------------------

@@ -1,6 +1,5 @@
 // The top of the document: the root's children, the asset with its
-// authoring-tool classification, the libraries, the scene and the physics
-// placeholders.
+// authoring-tool classification, the libraries and the scene.
 #include "oxTestSupport.h"
 
 using namespace OxDAEReader;
@@ -389,76 +388,4 @@ TEST_F(RootAsset, InstancesAreEqualWithTheSameURLAndKind) {
   oxDAEColladaElement notAnInstance;
   EXPECT_FALSE(a.Equals(&notAnInstance));
   EXPECT_FALSE(a.Equals(nullptr));
-}
-
-// --- Physics placeholders ---------------------------------------------------------------
-
-TEST_XML(
-    RootAsset, PhysicsSceneIsReadSilentlyResolvesAndIsWrittenEmpty,
-    R"(<COLLADA version="1.4.1"><library_physics_scenes><physics_scene id="ps"><technique_common><gravity>0 -9.8 0</gravity></technique_common></physics_scene></library_physics_scenes></COLLADA>)") {
-  ASSERT_EQ(rc, 0);
-  EXPECT_EQ(log.entries, kNoLog);
-  oxDAEPhysicsScene* scene = Find<oxDAEPhysicsScene>("#ps");
-  ASSERT_NE(scene, nullptr);
-  EXPECT_EQ(document.GetElements().size(), 3u);
-  EXPECT_EQ(SaveText(),
-            "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
-            "<COLLADA xmlns=\"http://www.collada.org/2005/11/COLLADASchema\" "
-            "version=\"1.4.1\">\n"
-            "  <library_physics_scenes>\n"
-            "    <physics_scene id=\"ps\"/>\n"
-            "  </library_physics_scenes>\n"
-            "</COLLADA>\n");
-}
-
-TEST_XML(RootAsset, EveryPhysicsPlaceholderDropsItsContentWithoutAMessage,
-         R"(<COLLADA version="1.4.1">
-  <library_force_fields><force_field id="ff"><technique profile="X"><a/></technique></force_field></library_force_fields>
-  <library_physics_materials><physics_material id="pmat"><technique_common><dynamic_friction>0.5</dynamic_friction></technique_common></physics_material></library_physics_materials>
-  <library_physics_models><physics_model id="pm"><rigid_body sid="rb"/><instance_physics_model url="#x"/><extra/></physics_model></library_physics_models>
-</COLLADA>)") {
-  ASSERT_EQ(rc, 0);
-  EXPECT_EQ(log.entries, kNoLog);
-  EXPECT_NE(Find<oxDAEForceField>("#ff"), nullptr);
-  EXPECT_NE(Find<oxDAEPhysicsMaterial>("#pmat"), nullptr);
-  EXPECT_NE(Find<oxDAEPhysicsModel>("#pm"), nullptr);
-  EXPECT_EQ(document.GetElements().size(), 7u);
-  EXPECT_EQ(document.ResolvePath("pm/rb"), nullptr);
-  EXPECT_EQ(SaveText(),
-            "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
-            "<COLLADA xmlns=\"http://www.collada.org/2005/11/COLLADASchema\" "
-            "version=\"1.4.1\">\n"
-            "  <library_force_fields>\n"
-            "    <force_field id=\"ff\"/>\n"
-            "  </library_force_fields>\n"
-            "  <library_physics_materials>\n"
-            "    <physics_material id=\"pmat\"/>\n"
-            "  </library_physics_materials>\n"
-            "  <library_physics_models>\n"
-            "    <physics_model id=\"pm\"/>\n"
-            "  </library_physics_models>\n"
-            "</COLLADA>\n");
-}
-
-TEST_XML(
-    RootAsset, PhysicsElementWithoutIdKeepsOnlyTheAttributesItHad,
-    R"(<COLLADA version="1.4.1"><library_physics_materials><physics_material name="rubber"/></library_physics_materials></COLLADA>)") {
-  const auto& children = document.GetRoot()->libraries[0]->children;
-  ASSERT_EQ(children.size(), 1u);
-  EXPECT_EQ(children[0]->name, "rubber");
-  EXPECT_EQ(children[0]->id, "");
-  EXPECT_EQ(SaveText(),
-            "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
-            "<COLLADA xmlns=\"http://www.collada.org/2005/11/COLLADASchema\" "
-            "version=\"1.4.1\">\n"
-            "  <library_physics_materials>\n"
-            "    <physics_material name=\"rubber\"/>\n"
-            "  </library_physics_materials>\n"
-            "</COLLADA>\n");
-}
-
-TEST_XML(
-    RootAsset, PhysicsElementSidIsRegisteredAsAPath,
-    R"(<COLLADA version="1.4.1"><library_physics_models id="lib"><physics_model sid="pm"/></library_physics_models></COLLADA>)") {
-  EXPECT_EQ(document.ResolvePath("lib/pm"), document.GetRoot()->libraries[0]->children[0]);
 }

@@ -220,17 +220,6 @@ class oxDAETypedElement : public oxDAEElement {
   oxString type;
 };
 
-// Declares an element class kept by identity only: name, id and sid are read
-// and registered, the children are stepped over, and the element is written
-// back empty.
-#define OX_DAE_IDENTITY_ELEMENT(Class, Base, Tag)                               \
-  class Class : public Base {                                                   \
-    OX_DAE_ELEMENT(Class, Base, Tag)                                            \
-   public:                                                                      \
-    void Read(oxDAEFile& file) override { oxDAEElement::Read(file); }           \
-    void Write(oxDAEFile& file) override { WriteIdentityOnly(file, s_XMLTag); } \
-  }
-
 // One row of an element's child table: the tag and what reading it does.
 // A null `read` steps over the child without a message.
 template <class Owner>

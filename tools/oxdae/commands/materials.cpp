@@ -8,8 +8,17 @@
 // texture coordinate channel and the image it resolved to, with that image's
 // init_from text ("oxdae textures" tells where that file is).
 //
+// Each material also lists the profiles of its effect, in document order, by
+// kind (COMMON, CG, GLSL, GLES); a CG profile adds its techniques, their
+// passes and each pass's render states in document order. A complex state
+// is listed part by part, each under its key "state/part". A state shows its
+// index (none when it has none), its basic type's word ("enum" for
+// enumerated values; none for a state the registry does not know) and its
+// value as text (none when it has no value). Shaders are not listed.
+//
 // Exit status: 0, or 1 when the document cannot be read.
 #include <iterator>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -22,6 +31,7 @@ namespace {
 
 using namespace OxDAEReader;
 using Technique = oxDAEFxProfileCommon::Technique;
+using SimpleState = oxDAEFxSimpleRenderState;
 
 struct MaterialsOptions {
   std::string file;
@@ -65,6 +75,42 @@ std::string_view OpaqueName(const oxDAEFxCOTTransparent& transparent) {
   return transparent.UseAlphaChannel() ? "A_ONE" : "RGB_ZERO";
 }
 
+// --- Profiles and render states ------------------------------------------------
+
+// The kind of a profile; empty for a profile of no known kind.
+std::string_view ProfileKind(const oxDAEFxProfile& profile) {
+  static constexpr std::string_view kKinds[] = {"COMMON", "CG", "GLSL", "GLES"};
+  const int type = profile.GetProfileType();
+  if (type < 0 || type >= static_cast<int>(std::size(kKinds))) return {};
+  return kKinds[type];
+}
+
+// The word of a state's basic type: the enumeration tables' word, which for
+// enumerated values exists on the reading side only; empty for UNKNOWN.
+std::string TypeWord(EFxBasicType type) {
+  if (type == EFxBasicType::ENUM) return "enum";
+  return std::string(oxDAEEnumConverter::GetStringFromBasicType(type));
+}
+
+// The simple states of a pass in document order, a complex state's parts
+// in its place.
+std::vector<const SimpleState*> StatesOf(const oxDAEFxPass& pass) {
+  std::vector<const SimpleState*> states;
+  for (const oxDAEBaseElement* element : pass.shadersAndStates) {
+    if (const auto* simple = SimpleState::DynamicCast(element)) {
+      states.push_back(simple);
+    } else if (const auto* complex = oxDAEFxComplexRenderState::DynamicCast(element)) {
+      for (const SimpleState& part : complex->subStates)
+        states.push_back(&part);
+    }
+  }
+  return states;
+}
+
+bool HasIndex(const SimpleState& state) {
+  return state.index != SimpleState::kNoIndex;
+}
+
 // --- JSON -----------------------------------------------------------------
 
 Json ColorOrTextureJSON(const oxDAEFxColorOrTextureType& value) {
@@ -94,6 +140,45 @@ Json ValueJSON(const oxDAEBaseElement& value) {
   return ColorOrTextureJSON(*oxDAEFxColorOrTextureType::DynamicCast(&value));
 }
 
+Json StateJSON(const SimpleState& state) {
+  const std::string type = TypeWord(state.valueType);
+  return {{"name", std::string(state.GetKey())},
+          {"index", HasIndex(state) ? Json(state.index) : Json(nullptr)},
+          {"type", JsonText(type)},
+          {"value", state.HasValue() ? Json(std::string(state.GetStringValue())) : Json(nullptr)}};
+}
+
+Json PassJSON(const oxDAEFxPass& pass) {
+  Json states = Json::array();
+  for (const SimpleState* state : StatesOf(pass))
+    states.push_back(StateJSON(*state));
+  return {{"sid", std::string(pass.sid)}, {"states", std::move(states)}};
+}
+
+Json CGTechniquesJSON(const oxDAEFxProfileCG& profile) {
+  Json techniques = Json::array();
+  for (const oxDAEFxProfileCGTechnique* technique : profile.techniques) {
+    Json passes = Json::array();
+    for (const oxDAEFxPass* pass : technique->passes)
+      passes.push_back(PassJSON(*pass));
+    techniques.push_back({{"sid", std::string(technique->sid)}, {"passes", std::move(passes)}});
+  }
+  return techniques;
+}
+
+// The profiles of the material's effect; empty without an effect.
+Json ProfilesJSON(const oxDAEEffect* effect) {
+  Json profiles = Json::array();
+  if (!effect) return profiles;
+  for (const oxDAEFxProfile* profile : effect->profiles) {
+    Json entry = {{"kind", JsonText(ProfileKind(*profile))}};
+    if (const auto* cg = oxDAEFxProfileCG::DynamicCast(profile))
+      entry["techniques"] = CGTechniquesJSON(*cg);
+    profiles.push_back(std::move(entry));
+  }
+  return profiles;
+}
+
 Json MaterialJSON(const oxDAEMaterial& material) {
   const oxDAEEffect* effect = EffectOf(material);
   const Technique* technique = CommonTechnique(effect);
@@ -107,7 +192,8 @@ Json MaterialJSON(const oxDAEMaterial& material) {
           {"name", std::string(material.name)},
           {"effect", effect ? Json(std::string(effect->id)) : Json(nullptr)},
           {"shading", technique ? JsonText(ShadingName(*technique)) : Json(nullptr)},
-          {"values", std::move(values)}};
+          {"values", std::move(values)},
+          {"profiles", ProfilesJSON(effect)}};
 }
 
 Json MaterialsJSON(const std::vector<const oxDAEMaterial*>& materials) {
@@ -176,17 +262,74 @@ std::string EffectText(const oxDAEMaterial& material) {
   return out + ", " + std::string(shading);
 }
 
+// The width of the value column: the longest slot name and two blanks.
+constexpr size_t kSlotWidth = std::string_view("index_of_refraction").size() + 2;
+
+// "      NAME[INDEX]: TYPE VALUE", with "no type" and ", no value" standing
+// for what the state lacks.
+std::string StateText(const SimpleState& state) {
+  std::string out = "      " + std::string(state.GetKey());
+  if (HasIndex(state)) Put(out, "[", state.index, "]");
+  const std::string type = TypeWord(state.valueType);
+  Put(out, ": ", type.empty() ? "no type" : type);
+  if (!state.HasValue()) return out + ", no value\n";
+  return out + " " + std::string(state.GetStringValue()) + "\n";
+}
+
+std::string SidText(const oxString& sid) {
+  return sid.empty() ? "(no sid)" : std::string(sid);
+}
+
+// "  profiles             KIND KIND ..." ("?" for a profile of no known
+// kind).
+std::string ProfileKindsText(const oxDAEEffect& effect) {
+  constexpr std::string_view kLabel = "profiles";
+  std::string out = "  " + std::string(kLabel) + std::string(kSlotWidth - kLabel.size(), ' ');
+  for (size_t i = 0; i < effect.profiles.size(); ++i) {
+    const std::string_view kind = ProfileKind(*effect.profiles[i]);
+    Put(out, i ? " " : "", kind.empty() ? "?" : kind);
+  }
+  return out + "\n";
+}
+
+// The techniques of a CG profile, their passes and the passes' states, one
+// per line.
+std::string CGProfileText(const oxDAEFxProfileCG& profile) {
+  std::string out;
+  for (const oxDAEFxProfileCGTechnique* technique : profile.techniques) {
+    Put(out, "  CG technique ", SidText(technique->sid), "\n");
+    for (const oxDAEFxPass* pass : technique->passes) {
+      Put(out, "    pass ", SidText(pass->sid), "\n");
+      for (const SimpleState* state : StatesOf(*pass))
+        out += StateText(*state);
+    }
+  }
+  return out;
+}
+
+// The profile line and what each CG profile holds; nothing for an effect
+// without profiles.
+std::string ProfilesText(const oxDAEEffect& effect) {
+  if (effect.profiles.empty()) return {};
+  std::string out = ProfileKindsText(effect);
+  for (const oxDAEFxProfile* profile : effect.profiles) {
+    if (const auto* cg = oxDAEFxProfileCG::DynamicCast(profile)) out += CGProfileText(*cg);
+  }
+  return out;
+}
+
 std::string MaterialsText(const std::vector<const oxDAEMaterial*>& materials) {
-  constexpr size_t kSlotWidth = std::string_view("index_of_refraction").size() + 2;
   std::string out;
   for (const oxDAEMaterial* material : materials) {
     Put(out, MaterialTitle(*material), ": ", EffectText(*material), "\n");
-    const Technique* technique = CommonTechnique(EffectOf(*material));
-    if (!technique) continue;
-    for (const auto& [slot, value] : Slots(*technique)) {
-      if (!HoldsValue(value)) continue;
-      Put(out, "  ", slot, std::string(kSlotWidth - slot.size(), ' '), ValueText(*value), "\n");
+    const oxDAEEffect* effect = EffectOf(*material);
+    if (const Technique* technique = CommonTechnique(effect)) {
+      for (const auto& [slot, value] : Slots(*technique)) {
+        if (!HoldsValue(value)) continue;
+        Put(out, "  ", slot, std::string(kSlotWidth - slot.size(), ' '), ValueText(*value), "\n");
+      }
     }
+    if (effect) out += ProfilesText(*effect);
   }
   Put(out, materials.size(), " material(s)\n");
   return out;
@@ -208,7 +351,8 @@ int RunMaterials(const MaterialsOptions& options) {
 Command AddMaterials(CLI::App& tool) {
   auto options = std::make_shared<MaterialsOptions>();
   CLI::App* command = tool.add_subcommand(
-      "materials", "List the materials with their effect and common-profile values.");
+      "materials",
+      "List the materials with their effect, its common-profile values and its profiles.");
   AddFileAndJSON(*command, options->file, options->json, "materials");
   return {command, [options] { return RunMaterials(*options); }};
 }
