@@ -1,7 +1,9 @@
 #include "oxDAEReadWrite/oxDAEReadWrite_File.h"
 
 #include <algorithm>
+#include <new>
 #include <type_traits>
+#include <utility>
 
 #include <oxKernel/oxCharacter.h>
 #include <oxKernel/oxLog.h>
@@ -19,6 +21,10 @@ using OxKernel::oxXMLFactory;
 namespace {
 
 constexpr unsigned int kInitialBuckets = 4;
+// Elements read or written between two looks at the clock: rare enough to
+// cost nothing next to reading them, often enough for a document of a few
+// hundred large arrays to move a bar.
+constexpr uint32_t kProgressStride = 16;
 
 // The word-to-token table; present between _PrepareHashTable and
 // _DestroyHashTable.
@@ -87,8 +93,12 @@ oxDAEFile::~oxDAEFile() {
 
 // --- Loading -------------------------------------------------------------------
 
-int oxDAEFile::Load(const oxURI& location, OxKernel::oxProgress* progress) {
+// The whole body is guarded: an allocation that fails anywhere in reading
+// (file bytes, parse tree, elements, their arrays) ends the load through the
+// handler below instead of leaving the exception to the host.
+int oxDAEFile::Load(const oxURI& location, OxKernel::oxProgress* progress) try {
   OxKernel::oxProfileScope profile("DAE Parsing");
+  ProgressScope progressScope(*this, progress);
   Clear();
   // Entries of a previous document would point to deleted elements: a new
   // document starts with empty tables.
@@ -110,14 +120,31 @@ int oxDAEFile::Load(const oxURI& location, OxKernel::oxProgress* progress) {
     rc = kDAENotCollada;
   }
   if (rc == 0) {
+    // The root spans the rest of the text.
+    progressTextSize = reader->GetOffset() + reader->GetElementSpan();
     root = new oxDAEColladaElement();
     _AddElement(root);
     root->Read(*this);
     UpdateAll(false);
   }
+  progressScope.Finish(rc);
   // The parsed text is not needed once the elements hold their values.
   reader.Reset();
   return rc;
+} catch (const std::bad_alloc&) {
+  // Everything read so far is released first, so that the message and the
+  // caller have memory to work with; the document is left empty and ready
+  // for the next Load.
+  reader.Reset();
+  Clear();
+  // Emptied lists keep their storage; fresh ones give all of it back.
+  std::exchange(elements, {});
+  std::exchange(elementsToUpdate, {});
+  std::exchange(unresolved, {});
+  std::exchange(pathRegistry, {});
+  std::exchange(animationTargets, {});
+  OX_LOG(OxKernel::kLogError, "out of memory");
+  return kDAEOutOfMemory;
 }
 
 void oxDAEFile::Clear() {
@@ -134,7 +161,10 @@ int oxDAEFile::Save(const oxURI& location, OxKernel::oxProgress* progress) {
   if (!root) return kDAENotCollada;
   if (const int rc = oxXMLFactory::Instance(contextID).CreateWriter(writer, location, 1, progress))
     return rc;
-  return WriteDocument();
+  ProgressScope progressScope(*this, progress);
+  const int rc = WriteDocument();
+  progressScope.Finish(rc);
+  return rc;
 }
 
 int oxDAEFile::SaveToString(oxString& xml) {
@@ -167,15 +197,51 @@ void oxDAEFile::UpdateAll(bool beforeWrite) {
 }
 
 void oxDAEFile::WriteChild(oxDAEBaseElement* child) {
+  if (progressCountdown != 0 && --progressCountdown == 0) ReportWriteProgress();
   const unsigned int depth = writer->GetDepth();
   child->Write(*this);
   writer->CloseTo(depth);
 }
 
+// --- Progress ------------------------------------------------------------------
+
+oxDAEFile::ProgressScope::ProgressScope(oxDAEFile& file, const OxKernel::oxProgress* progress)
+    : m_file(file) {
+  m_file.progressMeter = OxKernel::oxProgressMeter(progress);
+  m_file.progressCountdown = m_file.progressMeter.IsActive() ? kProgressStride : 0;
+  m_file.progressTextSize = 0;
+  m_file.progressWritten = 0;
+}
+
+oxDAEFile::ProgressScope::~ProgressScope() {
+  m_file.progressCountdown = 0;
+  m_file.progressMeter = OxKernel::oxProgressMeter(nullptr);
+}
+
+void oxDAEFile::ProgressScope::Finish(int rc) {
+  if (rc == 0) m_file.progressMeter.Finish();
+}
+
+void oxDAEFile::ReportReadProgress() {
+  progressCountdown = kProgressStride;
+  if (progressTextSize == 0) return;
+  progressMeter.Report(static_cast<double>(reader->GetOffset()) /
+                       static_cast<double>(progressTextSize));
+}
+
+void oxDAEFile::ReportWriteProgress() {
+  progressCountdown = kProgressStride;
+  progressWritten += kProgressStride;
+  if (elements.empty()) return;
+  progressMeter.Report(static_cast<double>(progressWritten) / static_cast<double>(elements.size()));
+}
+
 // --- Element list and registries -------------------------------------------------
 
 oxDAEBaseElement* oxDAEFile::_AddElement(oxDAEBaseElement* e) {
-  elements.emplace_back(e);
+  // Owned before the list grows: a growth that fails still deletes `e`.
+  std::unique_ptr<oxDAEBaseElement> owned(e);
+  elements.push_back(std::move(owned));
   return e;
 }
 

@@ -12,6 +12,7 @@
 #include <iterator>
 
 #include "oxdaeCommon.h"
+#include "oxdaeProgress.h"
 
 namespace {
 
@@ -34,6 +35,8 @@ int Run(int argc, char** argv) {
   tool.require_subcommand(1);
   const Command commands[] = {AddInfo(tool),  AddResave(tool),    AddTree(tool),    AddSample(tool),
                               AddCheck(tool), AddMaterials(tool), AddTextures(tool)};
+  for (const Command& command : commands)
+    AddProgressFlag(*command.app);
   try {
     tool.parse(argc, argv);
   } catch (const CLI::ParseError& e) {

@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "oxdaeProgress.h"
+
 namespace oxdae {
 
 using namespace OxDAEReader;
@@ -37,11 +39,13 @@ void LogCounter::Receive(const OxKernel::oxLogRecord& record) {
     m_held = HeldRecord{record, std::string(record.text)};
     return;
   }
+  EndProgressLine();
   OxKernel::oxLog::DefaultSink(record);
 }
 
 void LogCounter::PrintHeld() {
   if (!m_held) return;
+  EndProgressLine();
   OxKernel::oxLogRecord record = m_held->record;
   record.text = m_held->text;
   OxKernel::oxLog::DefaultSink(record);
@@ -56,6 +60,7 @@ void AddFileAndJSON(CLI::App& command, std::string& file, bool& json, const std:
 }
 
 void PrintToolLine(const std::string& text) {
+  EndProgressLine();
   std::fprintf(stderr, "oxdae: %s\n", text.c_str());
 }
 
@@ -99,7 +104,9 @@ bool LoadOrSave(LogCounter& log, const std::string& file, std::string_view done,
 }  // namespace
 
 bool LoadDocument(oxDAEFile& document, const std::string& file, LogCounter& log) {
-  return LoadOrSave(log, file, "read", [&] { return document.Load(OxKernel::oxURI(file)); });
+  ProgressBar bar(file);
+  return LoadOrSave(log, file, "read",
+                    [&] { return document.Load(OxKernel::oxURI(file), bar.GetProgress()); });
 }
 
 bool SaveDocument(oxDAEFile& document, const std::string& file, LogCounter& log) {

@@ -13,6 +13,7 @@
 
 #include <oxKernel/oxContainers.h>
 #include <oxKernel/oxModule.h>
+#include <oxKernel/oxProgress.h>
 #include <oxKernel/oxRefPtr.h>
 #include <oxKernel/oxURI.h>
 #include <oxKernel/oxXML.h>
@@ -34,6 +35,7 @@ enum oxDAEResult : int {
   kDAENoValue = -4,            // no value to read or sample
   kDAENotCollada = -23,        // the root is not COLLADA (Load) or there is no root (Save)
   kDAEModuleNotStarted = -24,  // the module's lookup tables are not built
+  kDAEOutOfMemory = -25,       // an allocation failed while loading; the document is left empty
 };
 
 class oxDAEFile {
@@ -46,12 +48,24 @@ class oxDAEFile {
   // Loads a COLLADA document, replacing the current content. Returns 0 (also
   // for an unsupported version, which leaves an empty root and a logged
   // error), kDAENotCollada when the root tag is neither "COLLADA" nor "DAE",
-  // kDAEModuleNotStarted when the module was not started, or the XML
-  // reader's code (kXMLCannotOpen, kXMLNotWellFormed). The time spent is
-  // recorded under the profiling scope "DAE Parsing".
+  // kDAEModuleNotStarted when the module was not started, kDAEOutOfMemory
+  // (with the error "out of memory"; the document is left empty and
+  // usable) when memory runs out, or the XML reader's code (kXMLCannotOpen,
+  // kXMLNotWellFormed). The time spent is recorded under the profiling scope
+  // "DAE Parsing".
+  // `progress` (optional, see oxProgress.h) hears the fraction of the parsed
+  // text read so far: the offset of the element being read over the text's
+  // size, checked every few elements and reported at most once per
+  // its interval, then 1 once everything is read and resolved. The file is
+  // read and parsed before the first report. A load that returns non-zero
+  // never reports 1.
   int Load(const OxKernel::oxURI& uri, OxKernel::oxProgress* progress = nullptr);
   // Writes the document. Returns 0, kDAENotCollada when there is no root, or
   // the XML writer's code (creation, readiness, or a failed final write).
+  // `progress` hears the number of child elements written over the number
+  // of elements in the document (a rough measure: not every element is
+  // written as a child), then 1 when the file is written; a save that
+  // returns non-zero never reports 1.
   int Save(const OxKernel::oxURI& uri, OxKernel::oxProgress* progress = nullptr);
   // Writes the document into `xml` instead of a file; same results as Save.
   int SaveToString(oxString& xml);
@@ -230,6 +244,7 @@ class oxDAEFile {
   void ReadChildrenOr(Owner& owner, const Rule (&rules)[N], Otherwise otherwise) {
     reader->EnterChildren();
     while (reader->MoveNext() == 0) {
+      if (progressCountdown != 0 && --progressCountdown == 0) ReportReadProgress();
       const std::string_view tag = reader->GetTag();
       const Rule* rule = FindChildRule(rules, tag);
       if (!rule) {
@@ -266,6 +281,25 @@ class oxDAEFile {
   static oxDAEChannelTarget* SelectMember(oxDAEChannelTarget* target, std::string_view index);
   // Runs UpdateDependencies on every queued element, in the order queued.
   void UpdateAll(bool beforeWrite);
+  // Arms progress reporting for one Load or Save when `progress` has a
+  // callback, and disarms it however the operation ends, so that no later
+  // read or write calls a callback the caller may have destroyed.
+  class ProgressScope {
+   public:
+    ProgressScope(oxDAEFile& file, const OxKernel::oxProgress* progress);
+    ~ProgressScope();
+    ProgressScope(const ProgressScope&) = delete;
+    ProgressScope& operator=(const ProgressScope&) = delete;
+    // Reports 1 when `rc` is 0.
+    void Finish(int rc);
+
+   private:
+    oxDAEFile& m_file;
+  };
+  // Rearm the countdown and report the reader's offset over the text size,
+  // or the children written over the document's elements.
+  void ReportReadProgress();
+  void ReportWriteProgress();
 
   oxArray<std::unique_ptr<oxDAEBaseElement>> elements;
   oxArray<oxDAEBaseElement*> elementsToUpdate;
@@ -275,6 +309,13 @@ class oxDAEFile {
   oxArray<Unresolved> unresolved;
   oxDAEColladaElement* root = nullptr;
   OxKernel::oxURI uri;
+  // Progress of the running Load or Save: the countdown of elements until
+  // the next check (0 when nobody listens), the size of the parsed text and
+  // the children written so far.
+  OxKernel::oxProgressMeter progressMeter{nullptr};
+  uint32_t progressCountdown = 0;
+  size_t progressTextSize = 0;
+  size_t progressWritten = 0;
 };
 
 }  // namespace OxDAEReader

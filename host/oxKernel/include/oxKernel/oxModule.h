@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "oxKernel/oxProgress.h"
 #include "oxKernel/oxRTTI.h"
 #include "oxKernel/oxRefPtr.h"
 #include "oxKernel/oxString.h"
@@ -18,7 +19,6 @@ namespace OxKernel {
 struct oxManifest {};
 struct oxAsset {};
 struct oxAssetSerializationContext {};
-struct oxProgress {};
 
 // What a module reports of its process-wide tables (name and whether built).
 struct oxModuleStaticData {
