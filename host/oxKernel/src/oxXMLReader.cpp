@@ -2,6 +2,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <new>
 #include <vector>
 
 #include <sys/stat.h>
@@ -414,6 +415,10 @@ int Parse(oxRefPtr<oxXMLReader>& reader, oxXMLReader::Impl& impl, size_t size,
     return kXMLOk;
   }
   reader.Reset();
+  // The parser reports a failed allocation as a result rather than an
+  // exception; it is raised like any other so that callers handle running
+  // out of memory in one place, not as a malformed document.
+  if (result.status == pugi::status_out_of_memory) throw std::bad_alloc();
   OX_LOG(kLogError, oxConcat("cannot parse ", what, ": ", result.description(), " at byte offset ",
                              result.offset));
   return kXMLNotWellFormed;

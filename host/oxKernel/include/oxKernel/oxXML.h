@@ -221,7 +221,8 @@ class oxXMLFactory {
   // Reads and parses the file named by `uri`. Errors are logged with the
   // parser's description and byte offset; the result is kXMLCannotOpen or
   // kXMLNotWellFormed. UTF-8 (with or without byte-order mark) and UTF-16/32
-  // with a byte-order mark are accepted.
+  // with a byte-order mark are accepted. Running out of memory while reading
+  // or parsing throws std::bad_alloc, with nothing left allocated.
   int CreateReader(oxRefPtr<oxXMLReader>& reader, const oxURI& uri, oxProgress* progress,
                    int flags);
   // Parses an in-memory document (copied first).
