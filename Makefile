@@ -4,16 +4,22 @@
 #   make test   install what is missing, build, run every test through ctest
 #
 # Variables: SANITIZE=ON builds with AddressSanitizer and UBSan (in its own
-# build folder), WERROR=ON turns warnings into errors, JOBS sets parallelism.
+# build folder), TSAN=ON with ThreadSanitizer (in build/tsan), WERROR=ON turns
+# warnings into errors, JOBS sets parallelism.
+#   make fuzz          runs the document fuzzer for FUZZ_SECONDS (60)
+#   make fuzz-strings  the same for the fuzzer of the module's own text parsers
+# Both keep their working corpus under build/fuzz; fuzz/ is only read.
 
 SANITIZE ?= OFF
+TSAN ?= OFF
 WERROR ?= OFF
 BUILD_TYPE ?= Release
 JOBS ?= $(shell nproc)
-BUILD_DIR ?= build/$(if $(filter ON,$(SANITIZE)),sanitize,release)
+BUILD_DIR ?= build/$(if $(filter ON,$(TSAN)),tsan,$(if $(filter ON,$(SANITIZE)),sanitize,release))
 PACKAGES := cmake ninja-build g++ libpugixml-dev libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev nlohmann-json3-dev
+FUZZ_PACKAGES := clang libclang-rt-dev
 
-.PHONY: setup configure build demo test bench fuzz format clean
+.PHONY: setup configure build demo test bench fuzz fuzz-strings fuzz-build format clean
 
 setup:
 	@missing=""; \
@@ -25,7 +31,7 @@ setup:
 
 configure: setup
 	cmake -S . -B $(BUILD_DIR) -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) \
-	  -DOX_SANITIZE=$(SANITIZE) -DOX_WERROR=$(WERROR) $(CMAKE_ARGS)
+	  -DOX_SANITIZE=$(SANITIZE) -DOX_TSAN=$(TSAN) -DOX_WERROR=$(WERROR) $(CMAKE_ARGS)
 
 build: configure
 	cmake --build $(BUILD_DIR) -j $(JOBS)
@@ -45,11 +51,20 @@ bench: setup
 	build/bench/bin/oxdae_load_bench $(BENCH_ARGS)
 	build/bench/bin/oxdae_scene_bench $(SCENE_BENCH_ARGS)
 
-fuzz: setup
+fuzz-build: setup
+	@$(MAKE) --no-print-directory setup PACKAGES="$(FUZZ_PACKAGES)"
 	CXX=clang++ cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DOX_BUILD_FUZZ=ON -DOX_BUILD_TESTS=OFF
-	cmake --build build/fuzz -j $(JOBS)
-	mkdir -p build/fuzz/corpus
-	build/fuzz/bin/oxdae_fuzz -dict=fuzz/collada.dict -max_total_time=$${FUZZ_SECONDS:-60} build/fuzz/corpus fuzz/seeds
+	cmake --build build/fuzz -j $(JOBS) --target oxdae_fuzz oxdae_fuzz_strings
+
+fuzz: fuzz-build
+	mkdir -p build/fuzz/corpus build/fuzz/artifacts
+	build/fuzz/bin/oxdae_fuzz -dict=fuzz/collada.dict -max_total_time=$${FUZZ_SECONDS:-60} \
+	  -artifact_prefix=build/fuzz/artifacts/ build/fuzz/corpus fuzz/seeds
+
+fuzz-strings: fuzz-build
+	mkdir -p build/fuzz/corpus_strings build/fuzz/artifacts
+	build/fuzz/bin/oxdae_fuzz_strings -dict=fuzz/strings.dict -max_total_time=$${FUZZ_SECONDS:-60} \
+	  -artifact_prefix=build/fuzz/artifacts/ build/fuzz/corpus_strings fuzz/strings_seeds
 
 format:
 	clang-format -i $$(git ls-files '*.h' '*.cpp')
