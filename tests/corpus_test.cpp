@@ -31,16 +31,25 @@ void PrintTo(const CorpusFile& file, std::ostream* os) {
   *os << file.path;
 }
 
-std::vector<CorpusFile> ReadManifest() {
-  std::ifstream in(std::string(OX_CORPUS_DIR) + "/MANIFEST.tsv");
-  std::vector<CorpusFile> files;
+// The rows of the corpus table `name` (tab-separated, after its header
+// line), each as its columns.
+std::vector<std::vector<std::string>> ReadTable(const std::string& name) {
+  std::ifstream in(std::string(OX_CORPUS_DIR) + "/" + name);
+  std::vector<std::vector<std::string>> rows;
   std::string line;
   std::getline(in, line);  // header
   while (std::getline(in, line)) {
-    std::vector<std::string> columns;
+    std::vector<std::string>& columns = rows.emplace_back();
     std::stringstream row(line);
     for (std::string column; std::getline(row, column, '\t');)
       columns.push_back(column);
+  }
+  return rows;
+}
+
+std::vector<CorpusFile> ReadManifest() {
+  std::vector<CorpusFile> files;
+  for (const auto& columns : ReadTable("MANIFEST.tsv")) {
     if (columns.size() >= 9) files.push_back({columns[0], columns[6], columns[8]});
   }
   return files;
@@ -200,15 +209,8 @@ void PrintTo(const CorpusPicture& picture, std::ostream* os) {
 }
 
 std::vector<CorpusPicture> ReadPictures() {
-  std::ifstream in(std::string(OX_CORPUS_DIR) + "/TEXTURES.tsv");
   std::vector<CorpusPicture> pictures;
-  std::string line;
-  std::getline(in, line);  // header
-  while (std::getline(in, line)) {
-    std::vector<std::string> columns;
-    std::stringstream row(line);
-    for (std::string column; std::getline(row, column, '\t');)
-      columns.push_back(column);
+  for (const auto& columns : ReadTable("TEXTURES.tsv")) {
     if (columns.size() >= 7) pictures.push_back({columns[0], columns[6]});
   }
   return pictures;

@@ -46,12 +46,10 @@ constexpr oxDAEChildRule<oxDAEFxProfileCommon> kProfileCommonChildren[] = {
     {Technique::s_XMLTag,
      [](oxDAEFxProfileCommon& p, oxDAEFile& f) { p.technique = f.ReadChild<Technique>(&p); }},
     {oxDAEFxNewParam::s_XMLTag,
+     // A new param registers itself under "<effect id>/<sid>", where texture
+     // values look for their samplers and surfaces.
      [](oxDAEFxProfileCommon& p, oxDAEFile& f) {
-       oxDAEFxNewParam* param = f.ReadChild<oxDAEFxNewParam>(&p);
-       // Registered under "<effect id>/<sid>", where texture values look for
-       // their samplers and surfaces.
-       f._RegisterElementPath(param);
-       p.newParams.push_back(param);
+       p.newParams.push_back(f.ReadChild<oxDAEFxNewParam>(&p));
      }},
     {oxDAEExtraElement::s_XMLTag, nullptr},
 };

@@ -281,52 +281,53 @@ void oxDAEFxPass::Read(oxDAEFile& file) {
   });
 }
 
-oxDAEFxShader* oxDAEFxPass::GetShader() const {
-  for (oxDAEBaseElement* item : shadersAndStates) {
-    if (auto* shader = oxDAEFxShader::WeakDynamicCast(item)) return shader;
+namespace {
+
+// The first item of a pass's shaders and states that is a T and satisfies
+// `match`, or null.
+template <class T, class Match>
+T* FindInPass(const oxArray<oxDAEBaseElement*>& items, Match match) {
+  for (oxDAEBaseElement* item : items) {
+    T* found = T::DynamicCast(item);
+    if (found && match(*found)) return found;
   }
   return nullptr;
+}
+
+}  // namespace
+
+oxDAEFxShader* oxDAEFxPass::GetShader() const {
+  return FindInPass<oxDAEFxShader>(shadersAndStates, [](const oxDAEFxShader&) { return true; });
 }
 
 oxDAEFxShader* oxDAEFxPass::GetShader(const oxString& shaderStage) const {
-  for (oxDAEBaseElement* item : shadersAndStates) {
-    auto* shader = oxDAEFxShader::WeakDynamicCast(item);
-    if (shader && shader->stage == shaderStage) return shader;
-  }
-  return nullptr;
+  return FindInPass<oxDAEFxShader>(
+      shadersAndStates, [&](const oxDAEFxShader& shader) { return shader.stage == shaderStage; });
 }
 
 oxDAEFxRenderState* oxDAEFxPass::GetRenderState(const oxString& stateName) const {
-  for (oxDAEBaseElement* item : shadersAndStates) {
-    auto* state = oxDAEFxRenderState::WeakDynamicCast(item);
-    if (state && state->name == stateName) return state;
-  }
-  return nullptr;
+  return FindInPass<oxDAEFxRenderState>(
+      shadersAndStates, [&](const oxDAEFxRenderState& state) { return state.name == stateName; });
 }
 
 oxDAEFxSimpleRenderState* oxDAEFxPass::GetSimpleRenderState(const oxString& stateName) const {
-  for (oxDAEBaseElement* item : shadersAndStates) {
-    auto* state = oxDAEFxSimpleRenderState::WeakDynamicCast(item);
-    if (state && state->name == stateName) return state;
-  }
-  return nullptr;
+  return FindInPass<oxDAEFxSimpleRenderState>(
+      shadersAndStates,
+      [&](const oxDAEFxSimpleRenderState& state) { return state.name == stateName; });
 }
 
 oxDAEFxSimpleRenderState* oxDAEFxPass::GetSimpleRenderState(const oxString& stateName,
                                                             uint16_t stateIndex) const {
-  for (oxDAEBaseElement* item : shadersAndStates) {
-    auto* state = oxDAEFxSimpleRenderState::WeakDynamicCast(item);
-    if (state && state->name == stateName && state->index == stateIndex) return state;
-  }
-  return nullptr;
+  return FindInPass<oxDAEFxSimpleRenderState>(
+      shadersAndStates, [&](const oxDAEFxSimpleRenderState& state) {
+        return state.name == stateName && state.index == stateIndex;
+      });
 }
 
 oxDAEFxComplexRenderState* oxDAEFxPass::GetComplexRenderState(const oxString& stateName) const {
-  for (oxDAEBaseElement* item : shadersAndStates) {
-    auto* state = oxDAEFxComplexRenderState::WeakDynamicCast(item);
-    if (state && state->name == stateName) return state;
-  }
-  return nullptr;
+  return FindInPass<oxDAEFxComplexRenderState>(
+      shadersAndStates,
+      [&](const oxDAEFxComplexRenderState& state) { return state.name == stateName; });
 }
 
 }  // namespace OxDAEReader

@@ -81,15 +81,7 @@ constexpr ToolRule<Owner> Flag(std::string_view tag) {
 template <class Owner, auto Slot>
 constexpr ToolRule<Owner> Map(std::string_view tag) {
   using T = std::remove_pointer_t<std::remove_reference_t<decltype(std::declval<Owner&>().*Slot)>>;
-  return {tag,
-          [](Owner& o, oxDAEFile& f) {
-            T* value = new T();
-            value->parent = &o;
-            value->Read(f);
-            f.RegisterElement(value, &o);
-            f.AddElementToUpdate(value);
-            o.*Slot = value;
-          },
+  return {tag, [](Owner& o, oxDAEFile& f) { o.*Slot = f.ReadQueuedChild<T>(&o); },
           [](const Owner& o, oxDAEFile& f, std::string_view name) {
             if (T* value = o.*Slot) value->Write(f, name);
           }};
