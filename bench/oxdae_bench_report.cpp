@@ -15,6 +15,28 @@ double SecondsSince(Clock::time_point start) {
   return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
+bool ParseDocumentArguments(int argc, char** argv, DocumentArguments& args) {
+  double megabytes = 50.0;
+  for (int i = 1; i < argc; ++i) {
+    const std::string_view arg = argv[i];
+    if (i + 1 >= argc) return false;
+    const std::string_view value = argv[++i];
+    if (arg == "--file") {
+      args.file = std::string(value);
+    } else if (arg == "--megabytes") {
+      if (!ParseNumber(value, megabytes) || megabytes <= 0.0) return false;
+    } else if (arg == "--seed") {
+      if (!ParseNumber(value, args.document.seed)) return false;
+    } else if (arg == "--runs") {
+      if (!ParseNumber(value, args.runs) || args.runs < 1) return false;
+    } else {
+      return false;
+    }
+  }
+  args.document.bytes = static_cast<uint64_t>(megabytes * 1e6);
+  return true;
+}
+
 double Timing::Median() const {
   std::vector<double> sorted = seconds;
   std::sort(sorted.begin(), sorted.end());

@@ -11,6 +11,8 @@
 #include <string_view>
 #include <vector>
 
+#include "oxdae_document_generator.h"
+
 namespace oxdae_bench {
 
 using Clock = std::chrono::steady_clock;
@@ -23,6 +25,31 @@ bool ParseNumber(std::string_view text, T& value) {
   const char* end = text.data() + text.size();
   const auto r = std::from_chars(text.data(), end, value);
   return r.ec == std::errc() && r.ptr == end;
+}
+
+// The flags of the programs that time one document: --file PATH, or a
+// generated document of --megabytes N (10^6 bytes, default 50) drawn with
+// --seed N (default 1); and --runs N (default 5). Every flag takes a value.
+struct DocumentArguments {
+  std::string file;  // empty: generate the document
+  DocumentOptions document;
+  int runs = 5;
+};
+
+// False on an unknown flag, a missing value or a bad number.
+bool ParseDocumentArguments(int argc, char** argv, DocumentArguments& args);
+
+// The main function of a benchmark program: `parse(argc, argv, options)`
+// fills default options from the flags; when it fails the usage text goes to
+// standard error and the exit code is 2; otherwise it is `run(options)`.
+template <class Options, class Parse, class Run>
+int Main(int argc, char** argv, const char* usage, Parse&& parse, Run&& run) {
+  Options options;
+  if (!parse(argc, argv, options)) {
+    std::fputs(usage, stderr);
+    return 2;
+  }
+  return run(options);
 }
 
 // Wall-clock and processor times of the runs of one step. On a busy machine

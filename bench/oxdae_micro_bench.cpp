@@ -45,16 +45,16 @@ void SetRates(benchmark::State& state, size_t bytes, size_t values) {
                                                 benchmark::Counter::kIsRate);
 }
 
-std::vector<float> ParsedFloats() {
+OxKernel::oxArray<float> ParsedFloats() {
   const oxXMLTextValue value = TextValue(FloatText(), "float_array");
-  std::vector<float> values(value.CountTokens());
+  OxKernel::oxArray<float> values(value.CountTokens());
   unsigned int parsed = 0;
   value.ParseFloats(values.data(), static_cast<unsigned int>(values.size()), parsed);
   return values;
 }
 
-std::vector<int32_t> ParsedInts() {
-  std::vector<int32_t> values;
+OxKernel::oxArray<int32_t> ParsedInts() {
+  OxKernel::oxArray<int32_t> values;
   TextValue(IndexText(), "p").AppendInts(values);
   return values;
 }
@@ -95,7 +95,7 @@ void BM_AppendInts(benchmark::State& state) {
   const oxXMLTextValue value = TextValue(IndexText(), "p");
   size_t count = 0;
   for (auto _ : state) {
-    std::vector<int32_t> list;
+    OxKernel::oxArray<int32_t> list;
     value.AppendInts(list);
     count = list.size();
     benchmark::DoNotOptimize(list.data());
@@ -107,7 +107,7 @@ BENCHMARK(BM_AppendInts);
 // Writes one element holding `values` to a new memory writer; returns the
 // document's size.
 template <class T>
-size_t WriteNumbers(const std::vector<T>& values) {
+size_t WriteNumbers(const OxKernel::oxArray<T>& values) {
   OxKernel::oxRefPtr<OxKernel::oxXMLWriter> writer;
   OxKernel::oxXMLFactory::Instance(0).CreateWriter(writer);
   writer->StartElement("values");
@@ -123,7 +123,7 @@ size_t WriteNumbers(const std::vector<T>& values) {
 }
 
 template <class T>
-void WriteNumbersBenchmark(benchmark::State& state, const std::vector<T>& values) {
+void WriteNumbersBenchmark(benchmark::State& state, const OxKernel::oxArray<T>& values) {
   size_t bytes = 0;
   for (auto _ : state) {
     bytes = WriteNumbers(values);

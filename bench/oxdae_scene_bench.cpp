@@ -304,10 +304,5 @@ int Run(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  Options options;
-  if (!ParseArguments(argc, argv, options)) {
-    std::fputs(kUsage, stderr);
-    return 2;
-  }
-  return Run(options);
+  return oxdae_bench::Main<Options>(argc, argv, kUsage, ParseArguments, Run);
 }

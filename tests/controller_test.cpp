@@ -136,8 +136,8 @@ TEST_XML(SkinReading, ReadsEveryPartOfTheSkin,
   ASSERT_EQ(weights->inputs.size(), 2u);
   EXPECT_EQ(weights->GetInput("WEIGHT")->offset, 1u);
   EXPECT_EQ(weights->GetInput("WEIGHT")->source, Find<oxDAESource>("#weights"));
-  EXPECT_EQ(weights->vcount, (std::vector<uint32_t>{1, 2}));
-  EXPECT_EQ(weights->v, (std::vector<int32_t>{0, 3, 1, 1, 2, 2}));
+  EXPECT_EQ(weights->vcount, (oxArray<uint32_t>{1, 2}));
+  EXPECT_EQ(weights->v, (oxArray<int32_t>{0, 3, 1, 1, 2, 2}));
   EXPECT_EQ(weights->GetMaxInfluenceCount(), 2u);
 }
 
@@ -295,7 +295,7 @@ OX_DOCUMENT_SUITE(VertexWeightsReading);
 TEST_XML(VertexWeightsReading, VcountReadsExactlyCountNumbersEvenIfTheTextHoldsMore,
          SkinWeights("3", "<vcount>1 1 1 1 1</vcount><v>0 0 1 1 2 2 0 3 1 3</v>")) {
   const oxDAEVertexWeights* weights = WeightsOf(document);
-  EXPECT_EQ(weights->vcount, (std::vector<uint32_t>{1, 1, 1}));
+  EXPECT_EQ(weights->vcount, (oxArray<uint32_t>{1, 1, 1}));
   EXPECT_EQ(weights->v.size(), 10u);
   EXPECT_EQ(log.entries, oxtest::kNoLog);
 }
@@ -304,7 +304,7 @@ TEST_XML(VertexWeightsReading, VcountWithFewerNumbersThanCountKeepsWhatItHolds,
          SkinWeights("4", "<vcount>2 1</vcount><v>0 0 1 1 2 2</v>")) {
   const oxDAEVertexWeights* weights = WeightsOf(document);
   EXPECT_EQ(weights->count, 4u);
-  EXPECT_EQ(weights->vcount, (std::vector<uint32_t>{2, 1}));
+  EXPECT_EQ(weights->vcount, (oxArray<uint32_t>{2, 1}));
   EXPECT_EQ(log.entries, oxtest::kNoLog);
 }
 
@@ -312,19 +312,19 @@ TEST_XML(VertexWeightsReading, HugeCountOnASmallElementAllocatesOnlyWhatTheTextH
          SkinWeights("4000000000", "<vcount>1 2</vcount><v>0 0 1 1 2 2</v>")) {
   const oxDAEVertexWeights* weights = WeightsOf(document);
   EXPECT_EQ(weights->count, 4000000000u);
-  EXPECT_EQ(weights->vcount, (std::vector<uint32_t>{1, 2}));
+  EXPECT_EQ(weights->vcount, (oxArray<uint32_t>{1, 2}));
   EXPECT_LE(weights->vcount.capacity(), 16u);
   EXPECT_EQ(weights->v.size(), 6u);
   oxArray<Influence> influences;
   oxArray<size_t> first;
   EXPECT_EQ(weights->GetInfluences(influences, first), 0);
-  EXPECT_EQ(first, (std::vector<size_t>{0, 1, 3}));
+  EXPECT_EQ(first, (oxArray<size_t>{0, 1, 3}));
   EXPECT_EQ(log.entries, oxtest::kNoLog);
 }
 
 TEST_XML(VertexWeightsReading, NegativeVcountEntryEndsTheList,
          SkinWeights("4", "<vcount>1 2 -3 1</vcount><v/>")) {
-  EXPECT_EQ(WeightsOf(document)->vcount, (std::vector<uint32_t>{1, 2}));
+  EXPECT_EQ(WeightsOf(document)->vcount, (oxArray<uint32_t>{1, 2}));
   EXPECT_EQ(
       log.entries,
       (std::vector<oxtest::LogEntry>{Warning("<vcount> entry 2 is -3; the list ends before it")}));
@@ -333,8 +333,8 @@ TEST_XML(VertexWeightsReading, NegativeVcountEntryEndsTheList,
 TEST_XML(VertexWeightsReading, TokenThatIsNoNumberEndsTheList,
          SkinWeights("3", "<vcount>1 x 1</vcount><v>0 0 1 oops 2</v>")) {
   const oxDAEVertexWeights* weights = WeightsOf(document);
-  EXPECT_EQ(weights->vcount, (std::vector<uint32_t>{1}));
-  EXPECT_EQ(weights->v, (std::vector<int32_t>{0, 0, 1}));
+  EXPECT_EQ(weights->vcount, (oxArray<uint32_t>{1}));
+  EXPECT_EQ(weights->v, (oxArray<int32_t>{0, 0, 1}));
   EXPECT_EQ(log.entries, (std::vector<oxtest::LogEntry>{Warning("invalid value 'x' in <vcount>"),
                                                         Warning("invalid value 'oops' in <v>")}));
 }
@@ -343,15 +343,15 @@ TEST_XML(VertexWeightsReading, ListsSplitByACommentAreGathered,
          SkinWeights(
              "3", "<vcount>1 <!-- c -->1 1 1</vcount><v>0 0<!-- c --> 1 1 <![CDATA[2 2]]></v>")) {
   const oxDAEVertexWeights* weights = WeightsOf(document);
-  EXPECT_EQ(weights->vcount, (std::vector<uint32_t>{1, 1, 1}));
-  EXPECT_EQ(weights->v, (std::vector<int32_t>{0, 0, 1, 1, 2, 2}));
+  EXPECT_EQ(weights->vcount, (oxArray<uint32_t>{1, 1, 1}));
+  EXPECT_EQ(weights->v, (oxArray<int32_t>{0, 0, 1, 1, 2, 2}));
 }
 
 TEST_XML(VertexWeightsReading, ALaterListReplacesAnEarlierOne,
          SkinWeights("2", "<vcount>4 4</vcount><v>9 9</v><vcount>1 1</vcount><v>0 0 1 1</v>")) {
   const oxDAEVertexWeights* weights = WeightsOf(document);
-  EXPECT_EQ(weights->vcount, (std::vector<uint32_t>{1, 1}));
-  EXPECT_EQ(weights->v, (std::vector<int32_t>{0, 0, 1, 1}));
+  EXPECT_EQ(weights->vcount, (oxArray<uint32_t>{1, 1}));
+  EXPECT_EQ(weights->v, (oxArray<int32_t>{0, 0, 1, 1}));
 }
 
 TEST_XML(VertexWeightsReading, MaxInfluenceCountIsZeroWithoutVcount, SkinWeights("0", "")) {
@@ -369,8 +369,8 @@ TEST_XML(VertexInfluences, DecodesEachVertexsGroupsThroughTheInputOffsets,
   oxArray<Influence> influences;
   oxArray<size_t> first;
   EXPECT_EQ(WeightsOf(document)->GetInfluences(influences, first), 0);
-  EXPECT_EQ(influences, (std::vector<Influence>{{2, 1.0f}, {0, 0.25f}, {-1, 0.1f}}));
-  EXPECT_EQ(first, (std::vector<size_t>{0, 1, 3, 3}));
+  EXPECT_EQ(influences, (oxArray<Influence>{{2, 1.0f}, {0, 0.25f}, {-1, 0.1f}}));
+  EXPECT_EQ(first, (oxArray<size_t>{0, 1, 3, 3}));
   EXPECT_EQ(log.entries, oxtest::kNoLog);
 }
 
@@ -382,20 +382,20 @@ TEST_XML(VertexInfluences, UnusedOffsetsWidenTheGroups,
   oxArray<Influence> influences;
   oxArray<size_t> first;
   EXPECT_EQ(WeightsOf(document)->GetInfluences(influences, first), 0);
-  EXPECT_EQ(influences, (std::vector<Influence>{{1, 0.5f}, {0, 1.0f}}));
+  EXPECT_EQ(influences, (oxArray<Influence>{{1, 0.5f}, {0, 1.0f}}));
 }
 
 TEST_XML(VertexInfluences, IndicesPastTheJointOrWeightSourceReadAsNoInfluence,
          SkinWeights("3", "<vcount>1 1 1</vcount><v>3 0 1 4 -2 0</v>")) {
   const oxDAEVertexWeights* weights = WeightsOf(document);
   // Stored as read.
-  EXPECT_EQ(weights->v, (std::vector<int32_t>{3, 0, 1, 4, -2, 0}));
+  EXPECT_EQ(weights->v, (oxArray<int32_t>{3, 0, 1, 4, -2, 0}));
   EXPECT_EQ(log.entries, oxtest::kNoLog);
   oxArray<Influence> influences;
   oxArray<size_t> first;
   EXPECT_EQ(weights->GetInfluences(influences, first), kDAEUnresolved);
-  EXPECT_EQ(influences, (std::vector<Influence>{{-1, 0.0f}, {-1, 0.0f}, {-1, 0.0f}}));
-  EXPECT_EQ(first, (std::vector<size_t>{0, 1, 2, 3}));
+  EXPECT_EQ(influences, (oxArray<Influence>{{-1, 0.0f}, {-1, 0.0f}, {-1, 0.0f}}));
+  EXPECT_EQ(first, (oxArray<size_t>{0, 1, 2, 3}));
   EXPECT_EQ(log.entries,
             (std::vector<oxtest::LogEntry>{Warning(
                 "<vertex_weights> 3 influences index past the JOINT or WEIGHT source and read as "
@@ -407,8 +407,8 @@ TEST_XML(VertexInfluences, VerticesRunningPastVAreLeftOut,
   oxArray<Influence> influences;
   oxArray<size_t> first;
   EXPECT_EQ(WeightsOf(document)->GetInfluences(influences, first), kDAEUnresolved);
-  EXPECT_EQ(influences, (std::vector<Influence>{{0, 0.1f}}));
-  EXPECT_EQ(first, (std::vector<size_t>{0, 1}));
+  EXPECT_EQ(influences, (oxArray<Influence>{{0, 0.1f}}));
+  EXPECT_EQ(first, (oxArray<size_t>{0, 1}));
   EXPECT_EQ(log.entries,
             (std::vector<oxtest::LogEntry>{Warning(
                 "<vertex_weights> vertex 1 runs past <v>; it and the vertices after it are left "
@@ -421,7 +421,7 @@ TEST_XML(VertexInfluences, HugeVcountEntryDoesNotRunPastV,
   oxArray<size_t> first;
   EXPECT_EQ(WeightsOf(document)->GetInfluences(influences, first), kDAEUnresolved);
   EXPECT_TRUE(influences.empty());
-  EXPECT_EQ(first, (std::vector<size_t>{0}));
+  EXPECT_EQ(first, (oxArray<size_t>{0}));
   EXPECT_EQ(log.entries,
             (std::vector<oxtest::LogEntry>{Warning(
                 "<vertex_weights> vertex 0 runs past <v>; it and the vertices after it are left "
@@ -441,7 +441,7 @@ TEST_XML(
   oxArray<Influence> influences;
   oxArray<size_t> first;
   EXPECT_EQ(WeightsOf(document)->GetInfluences(influences, first), 0);
-  EXPECT_EQ(influences, (std::vector<Influence>{{0, 0.5f}, {0, 0.75f}}));
+  EXPECT_EQ(influences, (oxArray<Influence>{{0, 0.5f}, {0, 0.75f}}));
 }
 
 TEST_XML(VertexInfluences, MissingOrUnusableSourcesGiveNoValue,
@@ -674,12 +674,12 @@ TEST_XML(ControllerWriting, SkinSurvivesAResaveAndReload,
   const oxDAEVertexWeights* weights = skin->vertexWeights;
   ASSERT_NE(weights, nullptr);
   EXPECT_EQ(weights->count, 3u);
-  EXPECT_EQ(weights->vcount, (std::vector<uint32_t>{1, 2, 0}));
-  EXPECT_EQ(weights->v, (std::vector<int32_t>{2, 3, 0, 1, -1, 0}));
+  EXPECT_EQ(weights->vcount, (oxArray<uint32_t>{1, 2, 0}));
+  EXPECT_EQ(weights->v, (oxArray<int32_t>{2, 3, 0, 1, -1, 0}));
   oxArray<Influence> influences;
   oxArray<size_t> first;
   EXPECT_EQ(weights->GetInfluences(influences, first), 0);
-  EXPECT_EQ(influences, (std::vector<Influence>{{2, 1.0f}, {0, 0.25f}, {-1, 0.1f}}));
+  EXPECT_EQ(influences, (oxArray<Influence>{{2, 1.0f}, {0, 0.25f}, {-1, 0.1f}}));
 }
 
 TEST(ControllerWritingModel, LargeVcountValuesAreWrittenUnsigned) {

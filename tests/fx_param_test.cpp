@@ -22,7 +22,7 @@ TEST_F(FxParamTest, Float3ReadsAnArrayOfThree) {
   EXPECT_EQ(p->GetValueType(), B::FLOAT3);
   EXPECT_EQ(static_cast<int>(p->GetValueType()), 10);
   EXPECT_EQ(p->valueCategory, 2);
-  EXPECT_EQ(p->GetArrayOfFloatsValue(), (std::vector<float>{1.0f, 2.0f, 3.0f}));
+  EXPECT_EQ(p->GetArrayOfFloatsValue(), (oxArray<float>{1.0f, 2.0f, 3.0f}));
   EXPECT_EQ(p->GetVec3Value(), (OxMath::oxGenVec3<float>{1.0f, 2.0f, 3.0f}));
   EXPECT_EQ(p->GetStringValue(), "1 2 3");
   EXPECT_EQ(p->GetStringType(), "float3");
@@ -123,7 +123,7 @@ TEST_F(FxParamTest, BoolVectorsReadAnArray) {
       R"(<newparam sid="b"><bool3>true false true</bool3></newparam>)");
   EXPECT_EQ(p->GetValueType(), B::BOOL3);
   EXPECT_EQ(p->valueCategory, 2);
-  EXPECT_EQ(p->GetArrayOfBoolsValue(), (std::vector<bool>{true, false, true}));
+  EXPECT_EQ(p->GetArrayOfBoolsValue(), (oxArray<bool>{true, false, true}));
   EXPECT_EQ(log.entries, kNoLog);
 }
 
@@ -131,14 +131,14 @@ TEST_F(FxParamTest, MatrixTypesReadRowsTimesColumnsFloats) {
   auto* p = ReadFragment<oxDAEFxNewParam>(
       R"(<newparam sid="m"><float2x3>1 2 3 4 5 6 7</float2x3></newparam>)");
   EXPECT_EQ(p->GetValueType(), B::FLOAT2X3);
-  EXPECT_EQ(p->GetArrayOfFloatsValue(), (std::vector<float>{1, 2, 3, 4, 5, 6}));
+  EXPECT_EQ(p->GetArrayOfFloatsValue(), (oxArray<float>{1, 2, 3, 4, 5, 6}));
   EXPECT_EQ(p->GetVec4Value(), (OxMath::oxGenVec4<float>{1, 2, 3, 4}));
 }
 
 TEST_F(FxParamTest, ShortMatrixTextIsPaddedWithZeros) {
   auto* p =
       ReadFragment<oxDAEFxNewParam>(R"(<newparam sid="m"><float4x4>1 2 3</float4x4></newparam>)");
-  std::vector<float> expected(16, 0.0f);
+  oxArray<float> expected(16, 0.0f);
   expected[0] = 1.0f;
   expected[1] = 2.0f;
   expected[2] = 3.0f;
@@ -154,14 +154,14 @@ TEST_F(FxParamTest, LongMatrixTextKeepsRowsTimesColumnsFloats) {
     numbers += std::to_string(i % 10) + " ";
   auto* p = ReadFragment<oxDAEFxNewParam>("<newparam sid=\"m\"><float2x2>" + numbers +
                                           "</float2x2></newparam>");
-  EXPECT_EQ(p->GetArrayOfFloatsValue(), (std::vector<float>{0, 1, 2, 3}));
+  EXPECT_EQ(p->GetArrayOfFloatsValue(), (oxArray<float>{0, 1, 2, 3}));
   EXPECT_EQ(log.entries, kNoLog);
 }
 
 TEST_F(FxParamTest, BoolVectorTextThatDoesNotReadStopsWithAWarning) {
   auto* p =
       ReadFragment<oxDAEFxNewParam>(R"(<newparam sid="b"><bool4>true yes true</bool4></newparam>)");
-  EXPECT_EQ(p->GetArrayOfBoolsValue(), (std::vector<bool>{true, false, false, false}));
+  EXPECT_EQ(p->GetArrayOfBoolsValue(), (oxArray<bool>{true, false, false, false}));
   EXPECT_EQ(log.entries,
             (std::vector<oxtest::LogEntry>{oxtest::Warning("invalid value 'yes' in <bool4>")}));
 }
@@ -411,7 +411,7 @@ TEST_F(FxParamTest, DynamicParamKeepsItsElementNameAndReadsItsData) {
   EXPECT_EQ(p->shortName, "bd");
   EXPECT_EQ(p->type, "float3");
   EXPECT_EQ(p->valueType, oxDAEParameter::EType::Float3);
-  EXPECT_EQ(p->floatData, (std::vector<float>{1, 2, 3}));
+  EXPECT_EQ(p->floatData, (oxArray<float>{1, 2, 3}));
   EXPECT_EQ(Written([&] { document.WriteChild(p); }), "<w/>\n");
   EXPECT_EQ(log.entries, kNoLog);
 }

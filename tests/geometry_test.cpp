@@ -41,7 +41,7 @@ TEST_XML(PrimitiveReading, TrianglesReadOneListWhateverTheCount,
   EXPECT_EQ(t.type, oxDAEMeshPrimitive::EType::TRIANGLES);
   EXPECT_EQ(t.count, 2u);
   ASSERT_EQ(t.p.size(), 1u);
-  EXPECT_EQ(t.p[0], (std::vector<int32_t>{0, 1, 2, 2, 1, 0}));
+  EXPECT_EQ(t.p[0], (oxArray<int32_t>{0, 1, 2, 2, 1, 0}));
   ASSERT_EQ(t.inputs.size(), 1u);
   EXPECT_EQ(t.inputs[0]->source, mesh->vertices);
   EXPECT_EQ(log.Count(), 0u);
@@ -52,8 +52,8 @@ TEST_XML(PrimitiveReading, PolygonsReadOneListPerP,
                  <p>0 1 2</p><p>2 1 0</p></polygons>)")) {
   const oxDAEMeshPrimitive& p = *MeshOf(document)->primitives.at(0);
   ASSERT_EQ(p.p.size(), 2u);
-  EXPECT_EQ(p.p[0], (std::vector<int32_t>{0, 1, 2}));
-  EXPECT_EQ(p.p[1], (std::vector<int32_t>{2, 1, 0}));
+  EXPECT_EQ(p.p[0], (oxArray<int32_t>{0, 1, 2}));
+  EXPECT_EQ(p.p[1], (oxArray<int32_t>{2, 1, 0}));
 }
 
 TEST_XML(
@@ -62,7 +62,7 @@ TEST_XML(
         R"(<polygons count="2"><input semantic="VERTEX" source="#verts" offset="0"/><p>0 1 2</p></polygons>)")) {
   const oxDAEMeshPrimitive& p = *MeshOf(document)->primitives.at(0);
   ASSERT_EQ(p.p.size(), 2u);
-  EXPECT_EQ(p.p[0], (std::vector<int32_t>{0, 1, 2}));
+  EXPECT_EQ(p.p[0], (oxArray<int32_t>{0, 1, 2}));
   EXPECT_TRUE(p.p[1].empty());
   EXPECT_EQ(p.GetIndexCount(), 3u);
 }
@@ -72,7 +72,7 @@ TEST_XML(PrimitiveReading, SurplusPElementsAreIgnored,
                  <p>0 1</p><p>1 2</p></linestrips>)")) {
   const oxDAEMeshPrimitive& p = *MeshOf(document)->primitives.at(0);
   ASSERT_EQ(p.p.size(), 1u);
-  EXPECT_EQ(p.p[0], (std::vector<int32_t>{0, 1}));
+  EXPECT_EQ(p.p[0], (oxArray<int32_t>{0, 1}));
 }
 
 TEST_XML(PrimitiveReading, PSplitByACommentIsGatheredIntoOneList,
@@ -80,14 +80,14 @@ TEST_XML(PrimitiveReading, PSplitByACommentIsGatheredIntoOneList,
                  <p>0 1 2<!-- a comment -->2 1 0</p></triangles>)")) {
   const oxDAEMeshPrimitive& t = *MeshOf(document)->primitives.at(0);
   ASSERT_EQ(t.p.size(), 1u);
-  EXPECT_EQ(t.p[0], (std::vector<int32_t>{0, 1, 2, 2, 1, 0}));
+  EXPECT_EQ(t.p[0], (oxArray<int32_t>{0, 1, 2, 2, 1, 0}));
 }
 
 TEST_XML(PrimitiveReading, PSplitByAChildElementIsGatheredIntoOneList,
          Mesh(R"(<triangles count="2"><input semantic="VERTEX" source="#verts" offset="0"/>
                  <p>0 1 <b>9</b>2 2 <![CDATA[1 0]]></p></triangles>)")) {
   const oxDAEMeshPrimitive& t = *MeshOf(document)->primitives.at(0);
-  EXPECT_EQ(t.p.at(0), (std::vector<int32_t>{0, 1, 2, 2, 1, 0}));
+  EXPECT_EQ(t.p.at(0), (oxArray<int32_t>{0, 1, 2, 2, 1, 0}));
 }
 
 TEST_XML(PrimitiveReading, VcountIsReadForPolylists,
@@ -95,7 +95,7 @@ TEST_XML(PrimitiveReading, VcountIsReadForPolylists,
                  <vcount>3 3</vcount><p>0 1 2 2 1 0</p></polylist>)")) {
   const oxDAEMeshPrimitive& p = *MeshOf(document)->primitives.at(0);
   EXPECT_EQ(p.type, oxDAEMeshPrimitive::EType::POLYLIST);
-  EXPECT_EQ(p.vcount, (std::vector<int32_t>{3, 3}));
+  EXPECT_EQ(p.vcount, (oxArray<int32_t>{3, 3}));
   ASSERT_EQ(p.p.size(), 1u);
   EXPECT_EQ(p.p[0].size(), 6u);
 }
@@ -133,7 +133,7 @@ TEST_XML(
   const oxDAEMeshPrimitive& p = *MeshOf(document)->primitives.at(0);
   // The element spans 52 bytes up to the next element: at most 26 + 16 lists.
   EXPECT_EQ(p.p.size(), 42u);
-  EXPECT_EQ(p.p[0], (std::vector<int32_t>{0, 1, 2}));
+  EXPECT_EQ(p.p[0], (oxArray<int32_t>{0, 1, 2}));
   EXPECT_EQ(log.entries, (std::vector{Error("<polygons> count 4000000000 is larger than its "
                                             "content can hold; keeping 42 index lists")}));
 }

@@ -511,9 +511,9 @@ TEST(HostXMLReader, ForEachTextChildVisitsEveryTextPieceInOrder) {
   ASSERT_TRUE(reader);
   ASSERT_EQ(reader->MoveNext(), kXMLOk);
   EXPECT_EQ(TextPieces(*reader), (std::vector<std::string>{"1 2", "3", " 4 ", "5 6", "7"}));
-  std::vector<int32_t> all;
+  oxArray<int32_t> all;
   reader->ForEachTextChild([&all](const oxXMLTextValue& text) { text.AppendInts(all); });
-  EXPECT_EQ(all, (std::vector<int32_t>{1, 2, 3, 4, 5, 6, 7}));
+  EXPECT_EQ(all, (oxArray<int32_t>{1, 2, 3, 4, 5, 6, 7}));
 }
 
 TEST(HostXMLReader, ForEachTextChildVisitsNothingWithoutText) {
@@ -731,18 +731,18 @@ TEST(HostXMLTextValue, ParseStringsSplitsAtWhiteSpace) {
 TEST(HostXMLTextValue, AppendIntsAppendsEveryValue) {
   const std::string text = " 4 5\n6 ";
   const oxXMLTextValue value(text.data(), text.size(), "p");
-  std::vector<int32_t> list = {1, 2};
+  oxArray<int32_t> list = {1, 2};
   EXPECT_EQ(value.AppendInts(list), 0);
-  EXPECT_EQ(list, (std::vector<int32_t>{1, 2, 4, 5, 6}));
+  EXPECT_EQ(list, (oxArray<int32_t>{1, 2, 4, 5, 6}));
 }
 
 TEST(HostXMLTextValue, AppendIntsKeepsTheValuesBeforeAnInvalidToken) {
   const std::string text = "4 5 six 7";
   const oxXMLTextValue value(text.data(), text.size(), "p");
-  std::vector<int32_t> list = {1};
+  oxArray<int32_t> list = {1};
   LogCapture log;
   EXPECT_EQ(value.AppendInts(list), -1);
-  EXPECT_EQ(list, (std::vector<int32_t>{1, 4, 5}));
+  EXPECT_EQ(list, (oxArray<int32_t>{1, 4, 5}));
   EXPECT_EQ(log.entries, (std::vector{Warning("invalid value 'six' in <p>")}));
 }
 

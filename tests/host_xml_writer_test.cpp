@@ -1,6 +1,8 @@
 #include <unistd.h>
 
+#include <algorithm>
 #include <bit>
+#include <charconv>
 #include <cmath>
 #include <filesystem>
 #include <limits>
@@ -443,6 +445,63 @@ TEST(HostXMLWriter, WrittenFloatsReadBackBitIdentical) {
     mismatches += Bits(read[i]) == Bits(values[i]) ? 0 : 1;
   EXPECT_EQ(mismatches, 0u);
   EXPECT_EQ(log.Count(), 0u);
+}
+
+// The writer's text of `values`, one element of blank-separated floats.
+std::string WrittenFloats(const std::vector<float>& values) {
+  auto writer = MemoryWriter();
+  Element(*writer, "f");
+  writer->GetTextWriter()->WriteFloats(values.data(), static_cast<unsigned int>(values.size()));
+  writer->EndElement();
+  const std::string body = Body(*writer);
+  const size_t open = body.find("<f>") + 3;
+  return body.substr(open, body.find("</f>") - open);
+}
+
+std::string ToChars(float value) {
+  char text[32];
+  return std::string(text, std::to_chars(text, text + sizeof text, value).ptr);
+}
+
+TEST(HostXMLWriter, FloatsAreWrittenByteForByteAsToCharsOnEvery1001stBitPattern) {
+  constexpr uint64_t kStep = 1001;
+  constexpr size_t kBatch = 1 << 16;
+  std::vector<float> batch;
+  size_t compared = 0;
+  size_t mismatches = 0;
+  std::string firstMismatch;
+  const auto check = [&] {
+    const std::string text = WrittenFloats(batch);
+    size_t at = 0;
+    for (float v : batch) {
+      const size_t end = std::min(text.find(' ', at), text.size());
+      const std::string_view token(text.data() + at, end - at);
+      if (token != ToChars(v)) {
+        if (mismatches++ == 0) firstMismatch = std::string(token) + " for " + ToChars(v);
+      }
+      at = end + 1;
+      ++compared;
+    }
+    batch.clear();
+  };
+  for (uint64_t bits = 0; bits <= UINT32_MAX; bits += kStep) {
+    const float v = std::bit_cast<float>(static_cast<uint32_t>(bits));
+    if (!std::isfinite(v)) continue;  // spelled "NaN", "INF", "-INF" instead
+    batch.push_back(v);
+    if (batch.size() == kBatch) check();
+  }
+  check();
+  EXPECT_EQ(compared, 4'273'917u);
+  EXPECT_EQ(mismatches, 0u) << firstMismatch;
+}
+
+TEST(HostXMLWriter, FloatsTakeTheShorterOfFixedAndScientificNotation) {
+  EXPECT_EQ(WrittenFloats({0.0f, -0.0f, 1.0f, -2.5f, 0.001f, 0.0001f, 100000.0f, 123456.0f}),
+            "0 -0 1 -2.5 0.001 1e-04 1e+05 123456");
+  // 2^25 + 16: the shortest digits would print 33554450; the exact value is
+  // as long and nearer.
+  EXPECT_EQ(WrittenFloats({33554448.0f, 1e10f, 3.4028235e38f, 1.4e-45f, 0.567f, 12.5f}),
+            "33554448 1e+10 3.4028235e+38 1e-45 0.567 12.5");
 }
 
 TEST(HostXMLWriter, FloatAttributesReadBackBitIdentical) {

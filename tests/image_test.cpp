@@ -161,10 +161,9 @@ TEST_F(SurfaceTest, ReadsTheFormatHint) {
   EXPECT_EQ(h.channels, EFxSurfaceFormatHintChannels::RGBA);
   EXPECT_EQ(h.range, EFxSurfaceFormatHintRange::FLOAT);
   EXPECT_EQ(h.precision, EFxSurfaceFormatHintPrecision::HIGH);
-  EXPECT_EQ(h.options,
-            (std::vector<EFxSurfaceFormatHintOption>{EFxSurfaceFormatHintOption::SRGB_GAMMA,
-                                                     EFxSurfaceFormatHintOption::NORMALIZED4,
-                                                     EFxSurfaceFormatHintOption::UNKNOWN}));
+  EXPECT_EQ(h.options, (oxArray<EFxSurfaceFormatHintOption>{EFxSurfaceFormatHintOption::SRGB_GAMMA,
+                                                            EFxSurfaceFormatHintOption::NORMALIZED4,
+                                                            EFxSurfaceFormatHintOption::UNKNOWN}));
   EXPECT_EQ(log.entries, (Log{Warning("unknown element <colour> in <format_hint>")}));
 }
 
@@ -285,8 +284,8 @@ TEST_F(SurfaceTest, PrimaryWithSixOrdersIsOrdered) {
       <order>POSITIVE_X</order></primary></init_cube></surface>)");
   EXPECT_EQ(s->init.mode, EInitMode::PRIMARY_ORDERED);
   using F = EFxSurfaceFace;
-  EXPECT_EQ(s->init.faceOrder, (std::vector<F>{F::POSITIVE_X, F::NEGATIVE_X, F::POSITIVE_Y,
-                                               F::NEGATIVE_Y, F::POSITIVE_Z, F::NEGATIVE_Z}));
+  EXPECT_EQ(s->init.faceOrder, (oxArray<F>{F::POSITIVE_X, F::NEGATIVE_X, F::POSITIVE_Y,
+                                           F::NEGATIVE_Y, F::POSITIVE_Z, F::NEGATIVE_Z}));
   EXPECT_EQ(log.entries, kNoLog);
 }
 
@@ -295,7 +294,7 @@ TEST_F(SurfaceTest, PrimaryWithSomeOrdersIsReportedAndStaysPrimary) {
       <order>NEGATIVE_Z</order><order>POSITIVE_Y</order></primary></init_cube></surface>)");
   EXPECT_EQ(s->init.mode, EInitMode::PRIMARY);
   EXPECT_EQ(s->init.faceOrder,
-            (std::vector<EFxSurfaceFace>{EFxSurfaceFace::NEGATIVE_Z, EFxSurfaceFace::POSITIVE_Y}));
+            (oxArray<EFxSurfaceFace>{EFxSurfaceFace::NEGATIVE_Z, EFxSurfaceFace::POSITIVE_Y}));
   EXPECT_EQ(log.entries, (Log{kInvalidCube}));
 }
 

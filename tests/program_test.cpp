@@ -289,7 +289,7 @@ TEST_F(ProgramTest, ReadWriteRoundTripIsStable) {
   ASSERT_NE(p.entry, nullptr);
   EXPECT_EQ(p.entry->function, "main");
   ASSERT_EQ(p.entry->parameters.size(), 1u);
-  EXPECT_EQ(p.entry->parameters[0]->floatData, (std::vector<float>{1.0f, 0.5f, 0.0f}));
+  EXPECT_EQ(p.entry->parameters[0]->floatData, (oxArray<float>{1.0f, 0.5f, 0.0f}));
   EXPECT_NE(p.asset, nullptr);
   EXPECT_TRUE(second->passes.empty());
 }

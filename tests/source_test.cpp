@@ -22,13 +22,40 @@ std::string WithSources(std::string_view sources) {
 
 OX_DOCUMENT_SUITE(ArrayReading);
 
+// The values of an array are not zeroed before they are read, so the padding
+// must be written even where the memory held numbers before: the first
+// document's arrays are freed and their memory reused by the second's.
+TEST_F(ArrayReading, PaddingZerosAreWrittenOverReusedMemory) {
+  std::string nines;
+  for (int i = 0; i < 5000; ++i)
+    nines += "9 ";
+  const auto source = [](std::string_view type, std::string_view values) {
+    return "<source id=\"s\"><" + std::string(type) + " id=\"a\" count=\"5000\">" +
+           std::string(values) + "</" + std::string(type) + "></source>";
+  };
+  for (const char* type : {"float_array", "int_array"}) {
+    ASSERT_EQ(LoadText(WithSources(source(type, nines))), 0);
+    // Blanks make the text long enough to hold the count.
+    ASSERT_EQ(LoadText(WithSources(source(type, "1 2" + std::string(10000, ' ')))), 0);
+    const auto* a = Find<oxDAEArray>("#a");
+    ASSERT_NE(a, nullptr);
+    const bool isFloat = std::string_view(type) == "float_array";
+    ASSERT_EQ(a->GetValueCount(), 5000u) << type;
+    size_t nonZero = 0;
+    for (size_t i = 2; i < 5000; ++i)
+      nonZero += (isFloat ? a->floats[i] != 0.0f : a->ints[i] != 0) ? 1 : 0;
+    EXPECT_EQ(nonZero, 0u) << type;
+    EXPECT_EQ(isFloat ? a->floats[1] : static_cast<float>(a->ints[1]), 2.0f) << type;
+  }
+}
+
 TEST_XML(
     ArrayReading, FloatArrayCountBeyondTextPadsWithZeros,
     WithSources(R"(<source id="s"><float_array id="a" count="4">1 2</float_array></source>)")) {
   ASSERT_EQ(rc, 0);
   const auto* a = Find<oxDAEFloatArray>("#a");
   ASSERT_NE(a, nullptr);
-  EXPECT_EQ(a->floats, (std::vector<float>{1, 2, 0, 0}));
+  EXPECT_EQ(a->floats, (oxArray<float>{1, 2, 0, 0}));
   EXPECT_EQ(a->GetValueCount(), 4u);
   EXPECT_EQ(a->count, 4u);
   EXPECT_EQ(log.Count(), 0u);
@@ -39,7 +66,7 @@ TEST_XML(
     WithSources(R"(<source id="s"><float_array id="a" count="2">1 2 3</float_array></source>)")) {
   const auto* a = Find<oxDAEFloatArray>("#a");
   ASSERT_NE(a, nullptr);
-  EXPECT_EQ(a->floats, (std::vector<float>{1, 2}));
+  EXPECT_EQ(a->floats, (oxArray<float>{1, 2}));
   EXPECT_EQ(a->GetValueCount(), 2u);
 }
 
@@ -50,7 +77,7 @@ TEST_XML(
   const auto* a = Find<oxDAEFloatArray>("#a");
   ASSERT_NE(a, nullptr);
   EXPECT_EQ(a->floats,
-            (std::vector<float>{-1.5f, 225.0f, 0.003f, -0.0f, 10.0f, 0.5f, -7.0f, 6.02214076e23f}));
+            (oxArray<float>{-1.5f, 225.0f, 0.003f, -0.0f, 10.0f, 0.5f, -7.0f, 6.02214076e23f}));
   EXPECT_TRUE(std::signbit(a->floats[3]));
   EXPECT_EQ(log.Count(), 0u);
 }
@@ -102,7 +129,7 @@ TEST_XML(
     WithSources(R"(<source id="s"><float_array id="a" count="4">1 2 x 4</float_array></source>)")) {
   const auto* a = Find<oxDAEFloatArray>("#a");
   ASSERT_NE(a, nullptr);
-  EXPECT_EQ(a->floats, (std::vector<float>{1, 2, 0, 0}));
+  EXPECT_EQ(a->floats, (oxArray<float>{1, 2, 0, 0}));
   EXPECT_EQ(log.entries, (std::vector{Warning("invalid value 'x' in <float_array>")}));
 }
 
@@ -123,7 +150,7 @@ TEST_XML(
         R"(<source id="s"><int_array id="a" count="3">-4 0 2147483647</int_array></source>)")) {
   const auto* a = Find<oxDAEIntArray>("#a");
   ASSERT_NE(a, nullptr);
-  EXPECT_EQ(a->ints, (std::vector<int32_t>{-4, 0, 2147483647}));
+  EXPECT_EQ(a->ints, (oxArray<int32_t>{-4, 0, 2147483647}));
   EXPECT_EQ(a->type, oxDAEArray::EValueType::INT);
   EXPECT_EQ(ElementText(SaveText(), "int_array"),
             R"(<int_array id="a" count="3">-4 0 2147483647</int_array>)");
@@ -141,7 +168,7 @@ TEST_XML(ArrayReading, GenericArrayReadsEveryAttribute,
   EXPECT_EQ(a->maxInclusive, 9);
   EXPECT_EQ(a->digits, 6);
   EXPECT_EQ(a->magnitude, -2);
-  EXPECT_EQ(a->ints, (std::vector<int32_t>{5, 7}));
+  EXPECT_EQ(a->ints, (oxArray<int32_t>{5, 7}));
   EXPECT_EQ(
       ElementText(SaveText(), "array"),
       R"(<array id="a" count="2" type="int" minInclusive="-3" maxInclusive="9" digits="6" magnitude="-2">5 7</array>)");
@@ -189,7 +216,7 @@ TEST_XML(
         R"(<source id="s"><IDREF_array id="a" count="2">joint1 joint2</IDREF_array></source>)")) {
   const auto* a = Find<oxDAENameArray>("#a");
   ASSERT_NE(a, nullptr);
-  EXPECT_EQ(a->strings, (std::vector<oxString>{"joint1", "joint2"}));
+  EXPECT_EQ(a->strings, (oxArray<oxString>{"joint1", "joint2"}));
   const std::string xml = SaveText();
   EXPECT_EQ(xml.find("IDREF_array"), std::string::npos);
   EXPECT_EQ(ElementText(xml, "Name_array"),
@@ -202,7 +229,7 @@ TEST_XML(ArrayReading, ArrayWithNameAndNoIdIsFoundByName,
   const auto* a = Find<oxDAEArray>("#values");
   ASSERT_NE(a, nullptr);
   EXPECT_EQ(a->id, "values");
-  EXPECT_EQ(a->floats, (std::vector<float>{7}));
+  EXPECT_EQ(a->floats, (oxArray<float>{7}));
 }
 
 TEST_XML(ArrayReading, TypedArrayWithNameAndNoIdIsNotRenamed,
@@ -413,7 +440,7 @@ TEST_XML(ParameterReading, Float3StoresATwelveByteBufferAndWritesItBack,
          Param(R"(<param name="P" type="float3" semantic="POS">1 2 3</param>)")) {
   const oxDAEParameter* p = All<oxDAEParameter>().at(0);
   EXPECT_EQ(p->dataSize, 12);
-  EXPECT_EQ(p->floatData, (std::vector<float>{1, 2, 3}));
+  EXPECT_EQ(p->floatData, (oxArray<float>{1, 2, 3}));
   EXPECT_EQ(ElementText(SaveText(), "param"),
             R"(<param name="P" type="float3" semantic="POS">1 2 3</param>)");
 }
@@ -422,13 +449,13 @@ TEST_XML(ParameterReading, ShortVectorTextIsZeroFilled,
          Param(R"(<param type="int4">7 8</param>)")) {
   const oxDAEParameter* p = All<oxDAEParameter>().at(0);
   EXPECT_EQ(p->dataSize, 16);
-  EXPECT_EQ(p->intData, (std::vector<int32_t>{7, 8, 0, 0}));
+  EXPECT_EQ(p->intData, (oxArray<int32_t>{7, 8, 0, 0}));
 }
 
 TEST_XML(ParameterReading, BoolVectorIsStoredAsZeroOrOne,
          Param(R"(<param type="bool3">true false 1</param>)")) {
   const oxDAEParameter* p = All<oxDAEParameter>().at(0);
-  EXPECT_EQ(p->intData, (std::vector<int32_t>{1, 0, 1}));
+  EXPECT_EQ(p->intData, (oxArray<int32_t>{1, 0, 1}));
   EXPECT_EQ(ElementText(SaveText(), "param"), R"(<param type="bool3">true false true</param>)");
 }
 

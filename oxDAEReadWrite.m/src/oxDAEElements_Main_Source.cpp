@@ -97,10 +97,12 @@ void oxDAEArray::InternalRead(oxDAEFile& file) {
     case EValueType::INT:
       ints.resize(count);
       text->ParseInts(ints.data(), count, parsed, 0);
+      std::fill(ints.begin() + parsed, ints.end(), 0);
       break;
     case EValueType::FLOAT:
       floats.resize(count);
       text->ParseFloats(floats.data(), count, parsed, 0);
+      std::fill(floats.begin() + parsed, floats.end(), 0.0f);
       break;
     default:
       strings.resize(count);

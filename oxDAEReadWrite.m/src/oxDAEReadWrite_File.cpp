@@ -225,15 +225,13 @@ void oxDAEFile::ProgressScope::Finish(int rc) {
 void oxDAEFile::ReportReadProgress() {
   progressCountdown = kProgressStride;
   if (progressTextSize == 0) return;
-  progressMeter.Report(static_cast<double>(reader->GetOffset()) /
-                       static_cast<double>(progressTextSize));
+  progressMeter.Report(OxKernel::oxProgressMeter::Fraction(reader->GetOffset(), progressTextSize));
 }
 
 void oxDAEFile::ReportWriteProgress() {
   progressCountdown = kProgressStride;
   progressWritten += kProgressStride;
-  if (elements.empty()) return;
-  progressMeter.Report(static_cast<double>(progressWritten) / static_cast<double>(elements.size()));
+  progressMeter.Report(OxKernel::oxProgressMeter::Fraction(progressWritten, elements.size()));
 }
 
 // --- Element list and registries -------------------------------------------------
@@ -398,12 +396,12 @@ void AppendIntsUpTo(const OxKernel::oxXMLTextValue& text, oxArray<T>& list, size
       return;
     }
   }
-  const size_t room = std::min({limit, (text.GetText().size() + 1) / 2, size_t{UINT32_MAX}});
+  const unsigned int room = OxKernel::oxXMLTextValue::ParseRoom(
+      std::min<uint64_t>(limit, OxKernel::oxXMLTextValue::MostValues(text.GetText().size())));
   const size_t base = list.size();
   list.resize(base + room);
   unsigned int parsed = 0;
-  text.ParseInts(reinterpret_cast<int32_t*>(list.data() + base), static_cast<unsigned int>(room),
-                 parsed);
+  text.ParseInts(reinterpret_cast<int32_t*>(list.data() + base), room, parsed);
   list.resize(base + parsed);
 }
 

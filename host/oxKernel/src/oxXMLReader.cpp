@@ -164,10 +164,9 @@ size_t TokenCountBound(std::string_view text) {
 
 }  // namespace
 
-int oxXMLTextValue::AppendInts(std::vector<int32_t>& destination) const {
+int oxXMLTextValue::AppendInts(oxArray<int32_t>& destination) const {
   // Counting first sizes the list once: no regrowth, at most one spare slot.
-  const auto tokens =
-      static_cast<unsigned int>(std::min<size_t>(TokenCountBound(GetText()), UINT32_MAX));
+  const unsigned int tokens = ParseRoom(TokenCountBound(GetText()));
   const size_t base = destination.size();
   destination.resize(base + tokens);
   unsigned int parsed = 0;
@@ -194,7 +193,7 @@ struct oxXMLReader::Impl {
     bool started = false;
     bool blocked = false;  // deeper than kMaxDepth: presents no elements
   };
-  std::unique_ptr<char[]> bytes;
+  oxArray<char> bytes;
   size_t size = 0;
   pugi::xml_document document;
   std::vector<Level> levels;
@@ -381,25 +380,24 @@ namespace {
 
 // Reads a whole file into one buffer of exactly its size (plus one spare
 // byte), so that the bytes are held once while the parser works on them in
-// place. Files whose size is not known up front (pipes) or that grow while
-// being read are read into a doubling buffer. Returns 0 or the errno value of
-// a failed read.
-int ReadWholeFile(std::FILE* file, std::unique_ptr<char[]>& bytes, size_t& size) {
+// place; a large file lands in large pages (oxArray's allocator), which the
+// kernel fills with a fraction of the page faults. Files whose size is not
+// known up front (pipes) or that grow while being read are read into a
+// doubling buffer. Returns 0 or the errno value of a failed read.
+int ReadWholeFile(std::FILE* file, oxArray<char>& bytes, size_t& size) {
   struct stat info {};
   size_t capacity = 0;
   if (fstat(fileno(file), &info) == 0 && S_ISREG(info.st_mode))
     capacity = static_cast<size_t>(info.st_size);
-  bytes = std::make_unique_for_overwrite<char[]>(capacity + 1);
+  bytes.resize(capacity + 1);
   size = 0;
   for (;;) {
-    size += std::fread(bytes.get() + size, 1, capacity - size, file);
+    size += std::fread(bytes.data() + size, 1, capacity - size, file);
     if (size < capacity) break;  // end of file or read error
     const int next = std::fgetc(file);
     if (next == EOF) break;
     capacity = capacity ? capacity * 2 : (1 << 16);
-    auto grown = std::make_unique_for_overwrite<char[]>(capacity + 1);
-    std::memcpy(grown.get(), bytes.get(), size);
-    bytes = std::move(grown);
+    bytes.resize(capacity + 1);
     bytes[size++] = static_cast<char>(next);
   }
   return std::ferror(file) ? errno : 0;
@@ -407,8 +405,8 @@ int ReadWholeFile(std::FILE* file, std::unique_ptr<char[]>& bytes, size_t& size)
 
 int Parse(oxRefPtr<oxXMLReader>& reader, oxXMLReader::Impl& impl, size_t size,
           std::string_view what) {
-  const pugi::xml_parse_result result =
-      impl.document.load_buffer_inplace(impl.bytes.get(), size, kParseOptions, pugi::encoding_auto);
+  const pugi::xml_parse_result result = impl.document.load_buffer_inplace(
+      impl.bytes.data(), size, kParseOptions, pugi::encoding_auto);
   if (result) {
     impl.size = size;
     impl.levels.push_back({impl.document, {}, false, false});
@@ -450,8 +448,8 @@ int oxXMLFactory::CreateReader(oxRefPtr<oxXMLReader>& reader, const oxURI& uri, 
 
 int oxXMLFactory::CreateReader(oxRefPtr<oxXMLReader>& reader, std::string_view bytes, int) {
   auto impl = std::make_unique<oxXMLReader::Impl>();
-  impl->bytes = std::make_unique_for_overwrite<char[]>(bytes.size() + 1);
-  if (!bytes.empty()) std::memcpy(impl->bytes.get(), bytes.data(), bytes.size());
+  impl->bytes.resize(bytes.size() + 1);
+  std::copy(bytes.begin(), bytes.end(), impl->bytes.begin());
   oxXMLReader::Impl& parsed = *impl;
   reader = oxRefPtr<oxXMLReader>(new oxXMLReader(std::move(impl)));
   return Parse(reader, parsed, bytes.size(), "the in-memory document");

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 
 namespace OxKernel {
@@ -29,6 +30,12 @@ class oxProgressMeter {
       : m_progress(progress && progress->onProgress ? progress : nullptr), m_last(Clock::now()) {}
 
   bool IsActive() const { return m_progress != nullptr; }
+
+  // `done` out of `total` (bytes read, elements written) as a fraction; 0
+  // when the total is 0. Both counts are 64-bit: documents pass 4 GB.
+  static constexpr double Fraction(uint64_t done, uint64_t total) {
+    return total == 0 ? 0.0 : static_cast<double>(done) / static_cast<double>(total);
+  }
 
   // Reports `fraction` (clamped to [0, 1)) when the interval has passed
   // since the last report and the value is above the last one reported.

@@ -22,6 +22,7 @@
 #include <memory>
 #include <string_view>
 
+#include "oxKernel/oxContainers.h"
 #include "oxKernel/oxModule.h"
 #include "oxKernel/oxRefPtr.h"
 #include "oxKernel/oxString.h"
@@ -49,6 +50,16 @@ class oxXMLTextValue {
       : m_text(text), m_length(length), m_tag(tag) {}
 
   bool HasText() const { return m_length != 0; }
+
+  // The most values a text of `bytes` bytes can hold (each takes a character
+  // and, but for the last, a separator), and the part of it one parse call
+  // takes: the Parse functions count in 32 bits, so a text past 8 GB is read
+  // up to its first 4,294,967,295 values. Sizes and counts are 64-bit until
+  // that last step.
+  static constexpr uint64_t MostValues(uint64_t bytes) { return bytes / 2 + bytes % 2; }
+  static constexpr unsigned int ParseRoom(uint64_t values) {
+    return values < UINT32_MAX ? static_cast<unsigned int>(values) : UINT32_MAX;
+  }
   std::string_view GetText() const { return {m_text, m_length}; }
 
   // Parse at most `wanted` values into `destination`; `parsed` receives how
@@ -61,7 +72,7 @@ class oxXMLTextValue {
   int ParseStrings(oxString* destination, unsigned int wanted, unsigned int& parsed,
                    int flags = 0) const;
   // Appends every integer of the text to `destination`.
-  int AppendInts(std::vector<int32_t>& destination) const;
+  int AppendInts(oxArray<int32_t>& destination) const;
   // The number of white-space separated tokens, counted without converting.
   size_t CountTokens() const;
 
