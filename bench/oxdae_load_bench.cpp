@@ -334,7 +334,7 @@ void PrintTargets(const Results& r) {
   oxdae_bench::PrintTargetsHeading(kTargetColumns);
   oxdae_bench::PrintLoadTarget(kTargetColumns, r.load, r.floor.total, kLoadTarget);
   if (r.loadPeak.ok && r.floorPeak.ok && r.floorPeak.bytes > 0) {
-    PrintTarget(kTargetColumns, "load peak / floor peak", Format("%.2fx", memory),
+    PrintTarget(kTargetColumns, "load peak/floor", Format("%.2fx", memory),
                 Format("<= %.2fx", kMemoryTarget), memory <= kMemoryTarget);
   }
   const double skinMedian = r.skinLoad.Median() / r.skinFloor.Median();

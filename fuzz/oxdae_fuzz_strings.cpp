@@ -67,7 +67,7 @@ void ParseNumbers(std::string_view text) {
   value.ParseBools(bools, kWanted, parsed);
   oxString strings[kWanted];
   value.ParseStrings(strings, kWanted, parsed);
-  std::vector<int32_t> all;
+  OxKernel::oxArray<int32_t> all;
   value.AppendInts(all);
   value.CountTokens();
 }
