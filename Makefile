@@ -5,7 +5,8 @@
 #
 # Variables: SANITIZE=ON builds with AddressSanitizer and UBSan (in its own
 # build folder), TSAN=ON with ThreadSanitizer (in build/tsan), WERROR=ON turns
-# warnings into errors, JOBS sets parallelism.
+# warnings into errors, JOBS sets parallelism, TARGETS builds only the named
+# targets (default: all), CTEST_ARGS is passed to ctest (-R PATTERN, say).
 #   make fuzz          runs the document fuzzer for FUZZ_SECONDS (60)
 #   make fuzz-strings  the same for the fuzzer of the module's own text parsers
 # Both keep their working corpus under build/fuzz; fuzz/ is only read.
@@ -34,7 +35,7 @@ configure: setup
 	  -DOX_SANITIZE=$(SANITIZE) -DOX_TSAN=$(TSAN) -DOX_WERROR=$(WERROR) $(CMAKE_ARGS)
 
 build: configure
-	cmake --build $(BUILD_DIR) -j $(JOBS)
+	cmake --build $(BUILD_DIR) -j $(JOBS) $(if $(TARGETS),--target $(TARGETS))
 
 demo: build
 	$(BUILD_DIR)/bin/oxdae info samples/scene.dae
@@ -42,7 +43,7 @@ demo: build
 	$(BUILD_DIR)/bin/oxdae materials samples/scene.dae
 
 test: build
-	ctest --test-dir $(BUILD_DIR) --output-on-failure -j $(JOBS)
+	ctest --test-dir $(BUILD_DIR) --output-on-failure -j $(JOBS) $(CTEST_ARGS)
 
 # Benchmarks are not tests: see README.md.
 bench: setup
