@@ -45,8 +45,7 @@ class OutputBuffer {
   oxArray<char> m_bytes;
 };
 
-template <class Out>
-void AppendEscaped(Out& out, std::string_view text, bool attribute) {
+void AppendEscaped(OutputBuffer& out, std::string_view text, bool attribute) {
   size_t plain = 0;
   auto flush = [&](size_t i) {
     out.append(text.data() + plain, i - plain);
@@ -88,32 +87,11 @@ void AppendEscaped(Out& out, std::string_view text, bool attribute) {
   out.append(text.data() + plain, text.size() - plain);
 }
 
-constexpr char kDigitPairs[] =
-    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
-    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
-    "8081828384858687888990919293949596979899";
-
 int DigitCount(uint32_t value) {
   int n = 1;
   for (uint64_t power = 10; power <= value; power *= 10)
     ++n;
   return n;
-}
-
-// Writes the `n` decimal digits of `value` at `out`, two at a time from the
-// last.
-void PutDigits(char* out, uint32_t value, int n) {
-  char* p = out + n;
-  while (value >= 100) {
-    p -= 2;
-    std::memcpy(p, kDigitPairs + 2 * (value % 100), 2);
-    value /= 100;
-  }
-  if (value >= 10) {
-    std::memcpy(p - 2, kDigitPairs + 2 * value, 2);
-  } else {
-    p[-1] = static_cast<char>('0' + value);
-  }
 }
 
 // Writes a finite, non-zero, positive float as std::to_chars writes it:
@@ -133,13 +111,13 @@ char* FormatPositiveFloat(char* out, float value) {
   const int fixedLength = exponent >= 0 ? n + exponent : (n + exponent > 0 ? n + 1 : 2 - exponent);
   if (fixedLength <= scientificLength) {
     if (exponent > 0) return std::to_chars(out, out + 24, static_cast<uint64_t>(value)).ptr;
-    const int whole = n + exponent;
-    if (whole >= n) {
-      PutDigits(out, digits, n);
+    if (exponent == 0) {
+      std::to_chars(out, out + n, digits);
       return out + n;
     }
+    const int whole = n + exponent;
     if (whole > 0) {
-      PutDigits(out + 1, digits, n);
+      std::to_chars(out + 1, out + 1 + n, digits);
       std::memmove(out, out + 1, static_cast<size_t>(whole));
       out[whole] = '.';
       return out + n + 1;
@@ -147,10 +125,10 @@ char* FormatPositiveFloat(char* out, float value) {
     *out++ = '0';
     *out++ = '.';
     out = std::fill_n(out, -whole, '0');
-    PutDigits(out, digits, n);
+    std::to_chars(out, out + n, digits);
     return out + n;
   }
-  PutDigits(out + 1, digits, n);
+  std::to_chars(out + 1, out + 1 + n, digits);
   out[0] = out[1];
   if (n > 1) out[1] = '.';
   out += n > 1 ? n + 1 : 1;
