@@ -17,7 +17,7 @@ WERROR ?= OFF
 BUILD_TYPE ?= Release
 JOBS ?= $(shell nproc)
 BUILD_DIR ?= build/$(if $(filter ON,$(TSAN)),tsan,$(if $(filter ON,$(SANITIZE)),sanitize,release))
-PACKAGES := cmake ninja-build g++ libpugixml-dev libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev nlohmann-json3-dev libfmt-dev
+PACKAGES := cmake ninja-build g++ libpugixml-dev libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev nlohmann-json3-dev libfmt-dev libzip-dev pkgconf
 FUZZ_PACKAGES := clang libclang-rt-dev
 
 .PHONY: setup configure build demo test bench fuzz fuzz-strings fuzz-build format clean

@@ -1,5 +1,5 @@
-// Fuzz target: any bytes are loaded as a document, and a loaded document is
-// saved and loaded again. Nothing may crash, hang, leak or read out of bounds.
+// Fuzz target: any bytes are loaded as a document or `.zae` archive, and a
+// loaded document is saved and loaded again. Nothing may crash, hang, leak or read out of bounds.
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -27,10 +27,14 @@ class MemoryFile {
   int m_fd;
 };
 
+// The input is read from a file (as a document, or as a `.zae` archive when
+// it starts with the zip signature); what it saves is read back from memory.
 void LoadAndSave(const uint8_t* data, size_t size, int depth) {
   static MemoryFile file;
   OxDAEReader::oxDAEFile document;
-  if (document.Load(OxKernel::oxURI(file.Write(data, size))) != 0) return;
+  const int rc = depth == 0 ? document.Load(OxKernel::oxURI(file.Write(data, size)))
+                            : document.LoadFromMemory(data, size, OxKernel::oxURI("saved.dae"));
+  if (rc != 0) return;
   OxKernel::oxString xml;
   if (document.SaveToString(xml) != 0 || depth > 0) return;
   LoadAndSave(reinterpret_cast<const uint8_t*>(xml.data()), xml.size(), depth + 1);

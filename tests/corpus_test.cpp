@@ -4,7 +4,9 @@
 // saving converges (the third save equals the second byte for byte), and
 // every animation channel that binds when the file is read binds again
 // after a resave. Other versions load as an empty root with one version
-// error. Every picture TEXTURES.tsv lists is the file that one image of the
+// error. Each file loads from memory exactly as from the file, and from an
+// archive holding it with the same result and saved text. Every picture
+// TEXTURES.tsv lists is the file that one image of the
 // document using it names.
 #include <sys/wait.h>
 
@@ -173,6 +175,25 @@ TEST_P(Corpus, ChannelsBindAgainAfterResave) {
   RecordProperty("channels_total", static_cast<int>(read.total));
 }
 
+TEST_P(Corpus, LoadsFromMemoryAsFromTheFile) {
+  oxtest::ExpectMemoryLoadMatchesFile(oxtest::ReadFile(Path()), OxKernel::oxURI(Path()));
+}
+
+// The file packed alone into an archive loads with the same result and
+// saves the same text as the file itself.
+TEST_P(Corpus, LoadsFromAnArchiveAsFromTheFile) {
+  const std::string name = std::filesystem::path(GetParam().path).filename().string();
+  const oxtest::TempFile archive(oxtest::MakeArchive({{name, oxtest::ReadFile(Path())}}), ".zae");
+  const oxtest::LoadOutcome file =
+      oxtest::LoadAndSave([&](oxDAEFile& d) { return d.Load(OxKernel::oxURI(Path())); });
+  const oxtest::LoadOutcome packed =
+      oxtest::LoadAndSave([&](oxDAEFile& d) { return d.Load(archive.URI()); });
+  EXPECT_EQ(packed.loaded, file.loaded);
+  EXPECT_EQ(packed.log.size(), file.log.size());
+  EXPECT_EQ(packed.saved, file.saved);
+  EXPECT_TRUE(packed.text == file.text) << GetParam().path << ": saved texts differ";
+}
+
 // Runs `oxdae info FILE`: exit 0, or 1 with one "oxdae: " line saying why.
 TEST_P(Corpus, ToolSummarisesOrExplains) {
   const std::string command = std::string(OX_OXDAE_PATH) + " info '" + Path() + "' 2>&1 >/dev/null";
@@ -225,6 +246,14 @@ std::string PictureName(const ::testing::TestParamInfo<CorpusPicture>& info) {
 
 class CorpusPictures : public ::testing::TestWithParam<CorpusPicture> {};
 
+std::vector<const oxDAEImage*> AllImages(const oxDAEFile& document) {
+  std::vector<const oxDAEImage*> images;
+  for (const auto& element : document.GetElements()) {
+    if (const oxDAEImage* image = oxDAEImage::DynamicCast(element.get())) images.push_back(image);
+  }
+  return images;
+}
+
 TEST_P(CorpusPictures, OneImageOfTheDocumentNamesThePicture) {
   const std::string corpus(OX_CORPUS_DIR);
   const std::string picture = corpus + "/" + GetParam().file;
@@ -232,15 +261,37 @@ TEST_P(CorpusPictures, OneImageOfTheDocumentNamesThePicture) {
   oxDAEFile document;
   ASSERT_EQ(document.Load(OxKernel::oxURI(corpus + "/" + GetParam().usedBy)), 0);
   std::vector<std::string> named;
-  for (const auto& element : document.GetElements()) {
-    const oxDAEImage* image = oxDAEImage::DynamicCast(element.get());
-    if (!image) continue;
+  for (const oxDAEImage* image : AllImages(document)) {
     const oxString path = GetReferencedFilePath(document.GetFileURI(), image->initFrom);
     std::error_code ec;
     if (ReferencedFileExists(path) && std::filesystem::equivalent(path.View(), picture, ec)) return;
     named.emplace_back(path);
   }
   ADD_FAILURE() << "no image names " << picture << "; the images name:\n"
+                << ::testing::PrintToString(named);
+}
+
+// The document and the picture packed into an archive at their places in
+// the corpus, with a manifest naming the document: one image names the
+// picture's entry, and that entry exists.
+TEST_P(CorpusPictures, OneImageOfTheArchivedDocumentNamesThePictureEntry) {
+  const std::string corpus(OX_CORPUS_DIR);
+  const oxtest::TempFile archive(
+      oxtest::MakeArchive({{"manifest.xml", "<dae_root>" + GetParam().usedBy + "</dae_root>"},
+                           {GetParam().usedBy, oxtest::ReadFile(corpus + "/" + GetParam().usedBy)},
+                           {GetParam().file, oxtest::ReadFile(corpus + "/" + GetParam().file)}}),
+      ".zae");
+  oxtest::LogCapture log;
+  oxDAEFile document;
+  ASSERT_EQ(document.Load(archive.URI()), 0);
+  const std::string wanted = archive.Path() + "!/" + GetParam().file;
+  std::vector<std::string> named;
+  for (const oxDAEImage* image : AllImages(document)) {
+    const oxString path = GetReferencedFilePath(document, image->initFrom);
+    if (path == wanted && ReferencedFileExists(document, path)) return;
+    named.emplace_back(path);
+  }
+  ADD_FAILURE() << "no image names " << wanted << "; the images name:\n"
                 << ::testing::PrintToString(named);
 }
 

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include <unistd.h>
+#include <zip.h>
 
 namespace oxtest {
 
@@ -97,8 +98,86 @@ void DocumentTest::SetUp() {
   if (it != XmlByTest().end()) rc = LoadText(it->second);
 }
 
+LoadOutcome LoadAndSave(const std::function<int(OxDAEReader::oxDAEFile&)>& load) {
+  LogCapture capture;
+  OxDAEReader::oxDAEFile document;
+  LoadOutcome outcome;
+  outcome.loaded = load(document);
+  OxKernel::oxString text;
+  outcome.saved = document.SaveToString(text);
+  outcome.text = text;
+  outcome.log = capture.entries;
+  return outcome;
+}
+
+void ExpectMemoryLoadMatchesFile(std::string_view bytes, const OxKernel::oxURI& uri) {
+  const LoadOutcome file = LoadAndSave([&](OxDAEReader::oxDAEFile& d) { return d.Load(uri); });
+  const LoadOutcome memory = LoadAndSave(
+      [&](OxDAEReader::oxDAEFile& d) { return d.LoadFromMemory(bytes.data(), bytes.size(), uri); });
+  EXPECT_EQ(memory.loaded, file.loaded) << uri.GetString();
+  EXPECT_EQ(memory.log, file.log) << uri.GetString();
+  EXPECT_EQ(memory.saved, file.saved) << uri.GetString();
+  EXPECT_TRUE(memory.text == file.text) << uri.GetString() << ": saved texts differ";
+}
+
+std::string MakeArchive(const std::vector<ArchiveEntry>& entries) {
+  const TempFile file("", ".zae");
+  int error = 0;
+  zip_t* zip = zip_open(file.Path().c_str(), ZIP_CREATE | ZIP_TRUNCATE, &error);
+  EXPECT_NE(zip, nullptr) << "libzip error " << error;
+  if (!zip) return {};
+  for (const ArchiveEntry& entry : entries) {
+    zip_source_t* source = zip_source_buffer(zip, entry.bytes.data(), entry.bytes.size(), 0);
+    const zip_int64_t index = zip_file_add(zip, entry.name.c_str(), source, ZIP_FL_ENC_UTF_8);
+    EXPECT_GE(index, 0) << zip_strerror(zip);
+    if (entry.encrypted) {
+      EXPECT_EQ(
+          zip_file_set_encryption(zip, static_cast<zip_uint64_t>(index), ZIP_EM_AES_256, "secret"),
+          0)
+          << zip_strerror(zip);
+    }
+  }
+  EXPECT_EQ(zip_close(zip), 0) << zip_strerror(zip);
+  return ReadFile(file.Path());
+}
+
+namespace {
+
+uint32_t ReadLE32(const std::string& bytes, size_t at) {
+  uint32_t value = 0;
+  for (size_t i = 0; i < 4; ++i)
+    value |= static_cast<uint32_t>(static_cast<unsigned char>(bytes[at + i])) << (8 * i);
+  return value;
+}
+
+uint16_t ReadLE16(const std::string& bytes, size_t at) {
+  return static_cast<uint16_t>(static_cast<unsigned char>(bytes[at]) |
+                               static_cast<unsigned char>(bytes[at + 1]) << 8);
+}
+
+void WriteLE32(std::string& bytes, size_t at, uint32_t value) {
+  for (size_t i = 0; i < 4; ++i)
+    bytes[at + i] = static_cast<char>(value >> (8 * i));
+}
+
+}  // namespace
+
+void SetClaimedSize(std::string& zip, std::string_view name, uint32_t size) {
+  // Central directory headers: signature, then the uncompressed size at 24,
+  // the name's length at 28, the local header's offset at 42, the name at 46.
+  const std::string_view central("PK\1\2", 4);
+  for (size_t at = zip.find(central); at != std::string::npos; at = zip.find(central, at + 4)) {
+    if (std::string_view(zip).substr(at + 46, ReadLE16(zip, at + 28)) != name) continue;
+    WriteLE32(zip, at + 24, size);
+    WriteLE32(zip, ReadLE32(zip, at + 42) + 22, size);
+    return;
+  }
+  ADD_FAILURE() << "no entry " << name << " in the archive";
+}
+
 int DocumentTest::LoadText(std::string_view xml) {
   TempFile file(xml);
+  ExpectMemoryLoadMatchesFile(xml, file.URI());
   log.Clear();
   rc = document.Load(file.URI());
   return rc;

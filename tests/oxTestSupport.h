@@ -12,7 +12,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -93,7 +95,34 @@ std::string Saved(std::string_view body);
 // The text of the first element named `tag` in `xml`, whole.
 std::string ElementText(const std::string& xml, const std::string& tag);
 
-// Loads `xml` into `document`, capturing the log.
+// What loading a document, then saving it to a string, gave: every
+// record logged on the way, both results, and the saved text.
+struct LoadOutcome {
+  int loaded = 0;
+  int saved = 0;
+  std::vector<LogEntry> log;
+  std::string text;
+};
+// Loads through `load` into a fresh document, then saves it.
+LoadOutcome LoadAndSave(const std::function<int(OxDAEReader::oxDAEFile&)>& load);
+// Expects loading `bytes` from memory with the base URI `uri` to give what
+// loading the file at `uri` (holding the same bytes) gives.
+void ExpectMemoryLoadMatchesFile(std::string_view bytes, const OxKernel::oxURI& uri);
+
+// One entry of an archive made by MakeArchive.
+struct ArchiveEntry {
+  std::string name;
+  std::string bytes;
+  bool encrypted = false;  // AES-256 with the password "secret"
+};
+// A zip archive holding `entries` in order (deflated), made with libzip.
+std::string MakeArchive(const std::vector<ArchiveEntry>& entries);
+// Sets the uncompressed size that `zip`'s local header and central directory
+// claim for the entry `name` (the data stays as it is).
+void SetClaimedSize(std::string& zip, std::string_view name, uint32_t size);
+
+// Loads `xml` into `document`, capturing the log. Every document loaded
+// this way is also checked against loading it from memory.
 class DocumentTest : public ::testing::Test {
  protected:
   void SetUp() override;

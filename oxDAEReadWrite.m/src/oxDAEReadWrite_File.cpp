@@ -93,10 +93,35 @@ oxDAEFile::~oxDAEFile() {
 
 // --- Loading -------------------------------------------------------------------
 
+int oxDAEFile::Load(const oxURI& location, OxKernel::oxProgress* progress) {
+  return LoadWith(location, progress, [&] {
+    const oxString path = location.GetFilePath();
+    if (!IsArchiveFile(location, path))
+      return oxXMLFactory::Instance(contextID).CreateReader(reader, location, progress, 1);
+    std::unique_ptr<OxKernel::oxArchive> archive;
+    const int rc = OxKernel::oxArchive::OpenFile(archive, path, location.GetString().View());
+    return rc != 0 ? rc : OpenArchiveDocument(*archive);
+  });
+}
+
+int oxDAEFile::LoadFromMemory(const void* data, size_t size, const oxURI& baseURI,
+                              OxKernel::oxProgress* progress) {
+  const std::string_view bytes(static_cast<const char*>(data), data ? size : 0);
+  return LoadWith(baseURI, progress, [&] {
+    const std::string_view name = baseURI.GetString().View();
+    if (!IsArchive(name, bytes))
+      return oxXMLFactory::Instance(contextID).CreateReader(reader, bytes, name, 1);
+    std::unique_ptr<OxKernel::oxArchive> archive;
+    const int rc = OxKernel::oxArchive::OpenMemory(archive, bytes, name);
+    return rc != 0 ? rc : OpenArchiveDocument(*archive);
+  });
+}
+
 // The whole body is guarded: an allocation that fails anywhere in reading
 // (file bytes, parse tree, elements, their arrays) ends the load through the
 // handler below instead of leaving the exception to the host.
-int oxDAEFile::Load(const oxURI& location, OxKernel::oxProgress* progress) try {
+int oxDAEFile::LoadWith(const oxURI& location, OxKernel::oxProgress* progress,
+                        const std::function<int()>& open) try {
   OxKernel::oxProfileScope profile("DAE Parsing");
   ProgressScope progressScope(*this, progress);
   Clear();
@@ -105,13 +130,15 @@ int oxDAEFile::Load(const oxURI& location, OxKernel::oxProgress* progress) try {
   elementsToUpdate.clear();
   pathRegistry.clear();
   animationTargets.clear();
+  archiveEntry.clear();
+  archiveEntries.clear();
   uri = location;
   if (!_HasHashTable()) {
     OX_LOG(OxKernel::kLogError,
            "the oxDAEReadWrite module is not started: no document can be read");
     return kDAEModuleNotStarted;
   }
-  int rc = oxXMLFactory::Instance(contextID).CreateReader(reader, uri, progress, 1);
+  int rc = open();
   if (rc == 0) rc = reader->MoveNext();
   if (rc == 0 && !reader->IsTag(oxDAEColladaElement::s_XMLTag) &&
       !reader->IsTag(oxDAEColladaElement::s_XMLTagVariant)) {
@@ -143,6 +170,7 @@ int oxDAEFile::Load(const oxURI& location, OxKernel::oxProgress* progress) try {
   std::exchange(unresolved, {});
   std::exchange(pathRegistry, {});
   std::exchange(animationTargets, {});
+  std::exchange(archiveEntries, {});
   OX_LOG(OxKernel::kLogError, "out of memory");
   return kDAEOutOfMemory;
 }

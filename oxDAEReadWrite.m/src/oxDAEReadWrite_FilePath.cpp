@@ -1,5 +1,7 @@
 #include "oxDAEReadWrite/oxDAEReadWrite_FilePath.h"
 
+#include "oxDAEReadWrite/oxDAEReadWrite_File.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <string>
@@ -121,16 +123,54 @@ size_t FirstTailStart(std::string_view path) {
   return first;
 }
 
-// The first existing "folder/tail" over the tails of `path`, longest first;
-// empty when none exists.
-oxString FindTail(std::string_view folder, std::string_view path) {
+// The first "folder/tail" over the tails of `path`, longest first, for which
+// `exists` is true ("tail" alone for an empty folder); empty when none is.
+template <class Exists>
+oxString FindTail(std::string_view folder, std::string_view path, const Exists& exists) {
   for (size_t start = FirstTailStart(path); start < path.size(); ++start) {
     const bool segmentStart = path[start] != '/' && (start == 0 || path[start - 1] == '/');
     if (!segmentStart || folder.size() + 1 + path.size() - start > kMaxPathLength) continue;
-    std::string candidate = std::string(folder) + "/" + std::string(path.substr(start));
-    if (IsFile(candidate)) return oxString(std::move(candidate));
+    std::string candidate(folder);
+    if (!folder.empty()) candidate += '/';
+    candidate += path.substr(start);
+    if (exists(candidate)) return oxString(std::move(candidate));
   }
   return {};
+}
+
+std::string JoinPath(std::string_view folder, std::string_view path) {
+  return std::string(folder) + "/" + std::string(path);
+}
+
+// What "ARCHIVE!/" paths of `document` start with.
+std::string ArchivePrefix(const oxDAEFile& document) {
+  return std::string(document.GetFileURI().GetString()) + "!/";
+}
+
+// The entry of `document`'s archive that `reference` names, as
+// GetReferencedFilePath describes it.
+oxString GetArchivedFilePath(const oxDAEFile& document, const oxString& reference) {
+  const std::string text = Normalize(reference.View());
+  if (text.empty()) return {};
+  const oxURI uri(text);
+  if (uri.HasScheme() && uri.GetFilePath().empty()) return {};
+  const oxString path = uri.HasScheme() ? uri.GetFilePath() : oxURI::PercentDecode(text);
+  const std::string_view entry = document.GetArchiveEntry().View();
+  const size_t slash = entry.rfind('/');
+  const std::string_view folder = slash == std::string_view::npos ? "" : entry.substr(0, slash);
+  const auto held = [&document](const std::string& name) { return document.HasArchiveEntry(name); };
+  std::string candidate;
+  if (path.StartsWith("/") || IsForeign(path.View())) {
+    candidate = path.View().substr(std::min(path.find_first_not_of('/'), path.size()));
+  } else {
+    candidate = oxURI::RemoveDotSegments(folder.empty() ? std::string(path)
+                                                        : JoinPath(folder, path.View()));
+  }
+  if (!held(candidate)) {
+    if (oxString found = FindTail(folder, path.View(), held); !found.empty())
+      candidate = std::string(found);
+  }
+  return oxString(ArchivePrefix(document) + candidate);
 }
 
 }  // namespace
@@ -150,8 +190,21 @@ oxString GetReferencedFilePath(const oxURI& document, const oxString& reference)
   const size_t slash = documentPath.rfind('/');
   const std::string_view folder =
       slash == std::string::npos ? std::string_view(".") : documentPath.View().substr(0, slash);
-  oxString found = FindTail(folder, path.View());
+  oxString found = FindTail(folder, path.View(), IsFile);
   return found.empty() ? path : found;
+}
+
+oxString GetReferencedFilePath(const oxDAEFile& document, const oxString& reference) {
+  if (document.GetArchiveEntry().empty())
+    return GetReferencedFilePath(document.GetFileURI(), reference);
+  return GetArchivedFilePath(document, reference);
+}
+
+bool ReferencedFileExists(const oxDAEFile& document, const oxString& path) {
+  const std::string prefix = ArchivePrefix(document);
+  if (document.GetArchiveEntry().empty() || !path.StartsWith(prefix))
+    return ReferencedFileExists(path);
+  return document.HasArchiveEntry(path.View().substr(prefix.size()));
 }
 
 }  // namespace OxDAEReader

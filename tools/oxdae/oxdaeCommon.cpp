@@ -54,7 +54,8 @@ void LogCounter::PrintHeld() {
 
 void AddFileAndJSON(CLI::App& command, std::string& file, bool& json, const std::string& what,
                     const std::function<void()>& between) {
-  command.add_option("FILE", file, "the COLLADA document")->required();
+  command.add_option("FILE", file, "the COLLADA document (.dae or .zae; - reads standard input)")
+      ->required();
   if (between) between();
   command.add_flag("--json", json, "print the " + what + " as one JSON object");
 }
@@ -103,13 +104,43 @@ bool LoadOrSave(LogCounter& log, const std::string& file, std::string_view done,
 
 }  // namespace
 
+namespace {
+
+// Everything on standard input, read as bytes; false when reading fails.
+bool ReadStandardInput(std::string& bytes) {
+  char chunk[1 << 16];
+  for (;;) {
+    const size_t read = std::fread(chunk, 1, sizeof chunk, stdin);
+    bytes.append(chunk, read);
+    if (read < sizeof chunk) return !std::ferror(stdin);
+  }
+}
+
+}  // namespace
+
 bool LoadDocument(oxDAEFile& document, const std::string& file, LogCounter& log) {
+  if (file == kStandardStream) {
+    std::string bytes;
+    if (!ReadStandardInput(bytes)) {
+      PrintToolLine("cannot read standard input");
+      return false;
+    }
+    return LoadOrSave(log, file, "read", [&] {
+      return document.LoadFromMemory(bytes.data(), bytes.size(), OxKernel::oxURI(file));
+    });
+  }
   ProgressBar bar(file);
   return LoadOrSave(log, file, "read",
                     [&] { return document.Load(OxKernel::oxURI(file), bar.GetProgress()); });
 }
 
 bool SaveDocument(oxDAEFile& document, const std::string& file, LogCounter& log) {
+  if (file == kStandardStream) {
+    OxKernel::oxString xml;
+    if (!LoadOrSave(log, file, "written", [&] { return document.SaveToString(xml); })) return false;
+    PrintText(xml);
+    return std::fflush(stdout) == 0;
+  }
   return LoadOrSave(log, file, "written", [&] { return document.Save(OxKernel::oxURI(file)); });
 }
 

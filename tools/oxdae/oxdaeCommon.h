@@ -98,10 +98,16 @@ void PrintJSON(const Json& value);
 void Print(bool json, const std::function<Json()>& asJSON,
            const std::function<std::string()>& asText);
 
-// Loads `file`; false after one line saying why it could not be read.
+// The file name that stands for standard input (or output).
+inline constexpr std::string_view kStandardStream = "-";
+
+// Loads `file`; false after one line saying why it could not be read. "-"
+// reads the document (or `.zae` archive) from standard input; relative
+// references then resolve against the current folder, and messages name
+// the document "-".
 bool LoadDocument(OxDAEReader::oxDAEFile& document, const std::string& file, LogCounter& log);
-// Saves `document` as `file`; false after one line saying why it could not
-// be written.
+// Saves `document` as `file`, or on standard output for "-"; false after
+// one line saying why it could not be written.
 bool SaveDocument(OxDAEReader::oxDAEFile& document, const std::string& file, LogCounter& log);
 
 // The shortest text that reads back as `value` ("0.1", "-2", "1e+20"), as

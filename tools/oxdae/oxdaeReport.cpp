@@ -214,6 +214,7 @@ KindCounts CameraCounts::ByKind() const {
 Report BuildReport(const oxDAEFile& document, const std::string& file) {
   Report report;
   report.file = file;
+  report.archiveEntry = document.GetArchiveEntry();
   const oxDAEColladaElement* root = document.GetRoot();
   if (!root) return report;
   report.version = root->version.ToString();
@@ -286,7 +287,9 @@ void PutShading(std::string& out, const Report& r) {
 
 std::string FormatText(const Report& r) {
   std::string out;
-  Put(out, "file: ", r.file, "\nCOLLADA version: ", r.version, "\n");
+  Put(out, "file: ", r.file, "\n");
+  if (!r.archiveEntry.empty()) Put(out, "archive entry: ", r.archiveEntry, "\n");
+  Put(out, "COLLADA version: ", r.version, "\n");
   if (r.hasAsset) {
     Put(out, "asset:\n  authoring tool: ", JsonLine(r.authoringTool), " (code ",
         r.authoringToolCode, ", version ", r.authoringToolVersion, ")\n");
@@ -362,7 +365,9 @@ Json ControllersJSON(const Report& r) {
 }  // namespace
 
 Json FormatJSON(const Report& r) {
-  Json out = {{"file", r.file}, {"version", r.version}};
+  Json out = {{"file", r.file}};
+  if (!r.archiveEntry.empty()) out["archiveEntry"] = r.archiveEntry;
+  out["version"] = r.version;
   if (r.hasAsset) {
     out["asset"] = {{"authoringTool", r.authoringTool},
                     {"authoringToolCode", r.authoringToolCode},

@@ -90,6 +90,7 @@ struct ProfileCounts {
 
 struct Report {
   std::string file;
+  std::string archiveEntry;  // the entry read, for a document from a .zae archive
   std::string version;
   bool hasAsset = false;
   std::string authoringTool;

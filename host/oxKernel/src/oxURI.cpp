@@ -28,7 +28,9 @@ int HexValue(char c) {
   return -1;
 }
 
-oxString PercentDecode(std::string_view text) {
+}  // namespace
+
+oxString oxURI::PercentDecode(std::string_view text) {
   oxString out;
   out.reserve(text.size());
   for (size_t i = 0; i < text.size(); ++i) {
@@ -45,10 +47,7 @@ oxString PercentDecode(std::string_view text) {
   return out;
 }
 
-// Removes "." and ".." segments from a path (RFC 3986, section 5.2.4). A
-// relative path keeps the ".." segments that climb above its start: dropping
-// them would name another file.
-std::string RemoveDotSegments(std::string_view path) {
+std::string oxURI::RemoveDotSegments(std::string_view path) {
   const bool absolute = !path.empty() && path.front() == '/';
   std::vector<std::string_view> segments;
   size_t pos = absolute ? 1 : 0;
@@ -78,8 +77,6 @@ std::string RemoveDotSegments(std::string_view path) {
   if (trailingSlash && !out.empty() && out.back() != '/') out += '/';
   return out;
 }
-
-}  // namespace
 
 oxURI oxURI::FromFilePath(std::string_view path) {
   std::error_code ec;

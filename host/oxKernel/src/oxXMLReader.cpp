@@ -403,8 +403,25 @@ int ReadWholeFile(std::FILE* file, oxArray<char>& bytes, size_t& size) {
   return std::ferror(file) ? errno : 0;
 }
 
-int Parse(oxRefPtr<oxXMLReader>& reader, oxXMLReader::Impl& impl, size_t size,
-          std::string_view what) {
+// `bytes` and one spare byte, for parsing in place.
+oxArray<char> CopyForParsing(std::string_view bytes) {
+  oxArray<char> copy(bytes.size() + 1);
+  std::copy(bytes.begin(), bytes.end(), copy.begin());
+  return copy;
+}
+
+std::string Quoted(std::string_view name) {
+  return oxConcat("'", name, "'");
+}
+
+}  // namespace
+
+int oxXMLFactory::Parse(oxRefPtr<oxXMLReader>& reader, oxArray<char>&& bytes, size_t size,
+                        std::string_view what) {
+  auto owned = std::make_unique<oxXMLReader::Impl>();
+  oxXMLReader::Impl& impl = *owned;
+  impl.bytes = std::move(bytes);
+  reader = oxRefPtr<oxXMLReader>(new oxXMLReader(std::move(owned)));
   const pugi::xml_parse_result result = impl.document.load_buffer_inplace(
       impl.bytes.data(), size, kParseOptions, pugi::encoding_auto);
   if (result) {
@@ -422,8 +439,6 @@ int Parse(oxRefPtr<oxXMLReader>& reader, oxXMLReader::Impl& impl, size_t size,
   return kXMLNotWellFormed;
 }
 
-}  // namespace
-
 int oxXMLFactory::CreateReader(oxRefPtr<oxXMLReader>& reader, const oxURI& uri, oxProgress*, int) {
   reader.Reset();
   const oxString path = uri.GetFilePath();
@@ -433,26 +448,29 @@ int oxXMLFactory::CreateReader(oxRefPtr<oxXMLReader>& reader, const oxURI& uri, 
                                "': ", path.empty() ? "not a local file" : std::strerror(errno)));
     return kXMLCannotOpen;
   }
-  auto impl = std::make_unique<oxXMLReader::Impl>();
+  oxArray<char> bytes;
   size_t size = 0;
-  const int readError = ReadWholeFile(file, impl->bytes, size);
+  const int readError = ReadWholeFile(file, bytes, size);
   std::fclose(file);
   if (readError != 0) {
     OX_LOG(kLogError, oxConcat("cannot read '", uri.GetString(), "': ", std::strerror(readError)));
     return kXMLCannotOpen;
   }
-  oxXMLReader::Impl& parsed = *impl;
-  reader = oxRefPtr<oxXMLReader>(new oxXMLReader(std::move(impl)));
-  return Parse(reader, parsed, size, oxConcat("'", uri.GetString(), "'"));
+  return Parse(reader, std::move(bytes), size, Quoted(uri.GetString().View()));
 }
 
 int oxXMLFactory::CreateReader(oxRefPtr<oxXMLReader>& reader, std::string_view bytes, int) {
-  auto impl = std::make_unique<oxXMLReader::Impl>();
-  impl->bytes.resize(bytes.size() + 1);
-  std::copy(bytes.begin(), bytes.end(), impl->bytes.begin());
-  oxXMLReader::Impl& parsed = *impl;
-  reader = oxRefPtr<oxXMLReader>(new oxXMLReader(std::move(impl)));
-  return Parse(reader, parsed, bytes.size(), "the in-memory document");
+  return Parse(reader, CopyForParsing(bytes), bytes.size(), "the in-memory document");
+}
+
+int oxXMLFactory::CreateReader(oxRefPtr<oxXMLReader>& reader, std::string_view bytes,
+                               std::string_view name, int) {
+  return Parse(reader, CopyForParsing(bytes), bytes.size(), Quoted(name));
+}
+
+int oxXMLFactory::CreateReader(oxRefPtr<oxXMLReader>& reader, oxArray<char>&& bytes, size_t size,
+                               std::string_view name, int) {
+  return Parse(reader, std::move(bytes), size, Quoted(name));
 }
 
 }  // namespace OxKernel

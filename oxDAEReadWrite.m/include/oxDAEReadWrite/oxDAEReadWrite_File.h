@@ -8,9 +8,11 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string_view>
 
+#include <oxKernel/oxArchive.h>
 #include <oxKernel/oxContainers.h>
 #include <oxKernel/oxModule.h>
 #include <oxKernel/oxProgress.h>
@@ -30,12 +32,13 @@ class oxDAEChannelTarget;
 // Results of document operations besides 0 (success) and the XML factory's
 // codes (oxXMLResult), which Load and Save pass through unchanged.
 enum oxDAEResult : int {
-  kDAEUnresolved = -1,         // a reference does not resolve
-  kDAENothingToDo = -3,        // the operation does not apply
-  kDAENoValue = -4,            // no value to read or sample
-  kDAENotCollada = -23,        // the root is not COLLADA (Load) or there is no root (Save)
-  kDAEModuleNotStarted = -24,  // the module's lookup tables are not built
-  kDAEOutOfMemory = -25,       // an allocation failed while loading; the document is left empty
+  kDAEUnresolved = -1,            // a reference does not resolve
+  kDAENothingToDo = -3,           // the operation does not apply
+  kDAENoValue = -4,               // no value to read or sample
+  kDAENotCollada = -23,           // the root is not COLLADA (Load) or there is no root (Save)
+  kDAEModuleNotStarted = -24,     // the module's lookup tables are not built
+  kDAEOutOfMemory = -25,          // an allocation failed while loading; the document is left empty
+  kDAENoDocumentInArchive = -26,  // an archive's manifest or entries name no document to read
 };
 
 class oxDAEFile {
@@ -59,7 +62,26 @@ class oxDAEFile {
   // its interval, then 1 once everything is read and resolved. The file is
   // read and parsed before the first report. A load that returns non-zero
   // never reports 1.
+  //
+  // A `.zae` archive (a URI ending in ".zae", any case, or a file that starts
+  // with the zip signature) is opened as a zip archive and the document it
+  // holds is read: the entry that the <dae_root> of its "manifest.xml" names
+  // (%-escapes decoded, a "#fragment" ignored), else its one ".dae" file at
+  // the archive's root. Besides the codes above this returns the archive's
+  // codes (oxArchiveResult: not a zip, damaged, an encrypted or overly
+  // compressed document entry) and kDAENoDocumentInArchive, each after one
+  // error that names the archive. GetArchiveEntry() then names the entry
+  // read; GetFileURI() stays the archive's URI.
   int Load(const OxKernel::oxURI& uri, OxKernel::oxProgress* progress = nullptr);
+  // Loads the document held in the caller's `size` bytes at `data` (copied;
+  // the caller may free them on return), with the same results, messages and
+  // progress as Load of a file with those bytes whose URI is `baseURI`: the
+  // base URI names the document in messages, becomes GetFileURI(), and is
+  // what relative references (an image's init_from) resolve against. As for
+  // a file, bytes that start with the zip signature, or any bytes under a
+  // base URI ending in ".zae", are read as a `.zae` archive.
+  int LoadFromMemory(const void* data, size_t size, const OxKernel::oxURI& baseURI,
+                     OxKernel::oxProgress* progress = nullptr);
   // Writes the document. Returns 0, kDAENotCollada when there is no root, or
   // the XML writer's code (creation, readiness, or a failed final write).
   // `progress` hears the number of child elements written over the number
@@ -68,6 +90,9 @@ class oxDAEFile {
   // returns non-zero never reports 1.
   int Save(const OxKernel::oxURI& uri, OxKernel::oxProgress* progress = nullptr);
   // Writes the document into `xml` instead of a file; same results as Save.
+  // Save and SaveToString always write a plain document, also for one read
+  // from an archive or from memory: LoadFromMemory reads back what
+  // SaveToString writes.
   int SaveToString(oxString& xml);
   // Deletes every element, empties the id registry and the list of
   // unresolved elements, and drops the root. The
@@ -77,6 +102,16 @@ class oxDAEFile {
   void Clear();
 
   const OxKernel::oxURI& GetFileURI() const { return uri; }
+  // For a document read from an archive, the archive entry it was read from
+  // ("models/scene.dae") and the names of the entries of that archive, in
+  // sorted order; both empty otherwise. Emptied by the next Load. An entry
+  // whose name is absolute or has a ".." segment is left out of the list,
+  // with a warning, so that no reference ever resolves to it.
+  const oxString& GetArchiveEntry() const { return archiveEntry; }
+  const oxArray<oxString>& GetArchiveEntries() const { return archiveEntries; }
+  // True when the archive the document was read from holds an entry named
+  // exactly `name`.
+  bool HasArchiveEntry(std::string_view name) const;
   oxDAEColladaElement* GetRoot() const { return root; }
   unsigned int GetContextID() const { return contextID; }
   const oxArray<std::unique_ptr<oxDAEBaseElement>>& GetElements() const { return elements; }
@@ -273,6 +308,28 @@ class oxDAEFile {
 
  private:
   int WriteDocument();
+  // Load and LoadFromMemory: empties the document, runs `open` (which
+  // creates the reader and returns 0 or an error code), reads the document
+  // the reader holds, and turns running out of memory into kDAEOutOfMemory.
+  int LoadWith(const OxKernel::oxURI& location, OxKernel::oxProgress* progress,
+               const std::function<int()>& open);
+  // True for a document named `name` whose bytes start with `lead` that is
+  // read as an archive: the name ends in ".zae" or the bytes start with the
+  // zip signature.
+  static bool IsArchive(std::string_view name, std::string_view lead);
+  // IsArchive for the file at `location` (local path `path`).
+  static bool IsArchiveFile(const OxKernel::oxURI& location, const oxString& path);
+  // Creates the reader on the document of a zip archive and lists the
+  // archive's entries.
+  int OpenArchiveDocument(const OxKernel::oxArchive& archive);
+  // Sets `document` to the archive entry that holds the document: the one
+  // the manifest names, else the one root ".dae" file. Returns 0, or an
+  // error code after logging why.
+  static int FindArchiveDocument(const OxKernel::oxArchive& archive,
+                                 const OxKernel::oxArchive::Entry*& document);
+  static int FindManifestDocument(const OxKernel::oxArchive& archive,
+                                  const OxKernel::oxArchive::Entry& manifest,
+                                  const OxKernel::oxArchive::Entry*& document);
   // The target registered under `path`, or the member Q of the array
   // registered under "a" for a path "a.Q"; null otherwise.
   oxDAEChannelTarget* FindAnimationTarget(std::string_view path) const;
@@ -309,6 +366,8 @@ class oxDAEFile {
   oxArray<Unresolved> unresolved;
   oxDAEColladaElement* root = nullptr;
   OxKernel::oxURI uri;
+  oxString archiveEntry;
+  oxArray<oxString> archiveEntries;
   // Progress of the running Load or Save: the countdown of elements until
   // the next check (0 when nobody listens), the size of the parsed text and
   // the children written so far.

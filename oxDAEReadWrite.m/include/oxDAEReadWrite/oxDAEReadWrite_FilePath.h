@@ -6,6 +6,8 @@
 
 namespace OxDAEReader {
 
+class oxDAEFile;
+
 // The local file that `reference` names for the document loaded from
 // `document` (the URI given to Load: a plain path or a "file:" URI).
 // `reference` is an <image>'s init_from (or any other file reference), as
@@ -38,5 +40,23 @@ OxKernel::oxString GetReferencedFilePath(const OxKernel::oxURI& document,
 // regular file here. A drive or network path never does, even when the
 // current folder happens to hold a folder named "C:".
 bool ReferencedFileExists(const OxKernel::oxString& path);
+
+// The file `reference` names for `document`: GetReferencedFilePath of its
+// URI for a document read from a file or from memory. For a document read
+// from an archive, references name entries of that archive, never files
+// outside it: the result is "ARCHIVE!/path/in/archive" (ARCHIVE the URI
+// given to Load), the reference taken against the document's folder in the
+// archive with %-escapes decoded. An absolute or drive path, or a relative
+// one that climbs out of the archive, is searched by its tails as above
+// among the entries; when nothing matches, the path as resolved is
+// returned ("ARCHIVE!/../x.png" for a reference that climbs out). Empty for
+// an empty reference or another scheme ("http:").
+OxKernel::oxString GetReferencedFilePath(const oxDAEFile& document,
+                                         const OxKernel::oxString& reference);
+
+// True when `path`, as the function above returns it, names an existing
+// file: an entry of the document's archive for an "ARCHIVE!/" path, else as
+// ReferencedFileExists(path).
+bool ReferencedFileExists(const oxDAEFile& document, const OxKernel::oxString& path);
 
 }  // namespace OxDAEReader

@@ -1,4 +1,6 @@
-// oxdae resave IN OUT: loads IN and writes it back as OUT.
+// oxdae resave IN OUT: loads IN and writes it back as OUT. A document read
+// from a .zae archive is written as a plain document; "-" stands for
+// standard input or output.
 #include "oxdaeCommon.h"
 
 namespace oxdae {
@@ -22,8 +24,14 @@ int RunResave(const ResaveOptions& options) {
 Command AddResave(CLI::App& tool) {
   auto options = std::make_shared<ResaveOptions>();
   CLI::App* command = tool.add_subcommand("resave", "Load a document and save it again.");
-  command->add_option("IN", options->in, "the COLLADA document to read")->required();
-  command->add_option("OUT", options->out, "the file to write")->required();
+  command
+      ->add_option("IN", options->in,
+                   "the COLLADA document to read (.dae or .zae; - for standard input)")
+      ->required();
+  command
+      ->add_option("OUT", options->out,
+                   "the file to write, always a plain .dae (- for standard output)")
+      ->required();
   return {command, [options] { return RunResave(*options); }};
 }
 

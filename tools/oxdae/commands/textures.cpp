@@ -3,7 +3,8 @@
 // the local file it names (GetReferencedFilePath: percent-escapes decoded,
 // "file:" URIs, drive letters and back-slashes read as the exporter meant
 // them, relative paths taken against the document's folder) and whether
-// that file exists.
+// that file exists. For a document read from a `.zae` archive the path is
+// "ARCHIVE!/path/in/archive" and the check looks for that entry.
 //
 // An image whose init_from is empty, or a URI of another scheme ("http:"),
 // names no local file: its path is null and it is not counted as missing.
@@ -37,9 +38,9 @@ struct ImageFile {
 std::vector<ImageFile> FindImageFiles(const oxDAEFile& document) {
   std::vector<ImageFile> files;
   for (const oxDAEImage* image : AllOf<oxDAEImage>(document)) {
-    const oxString path = GetReferencedFilePath(document.GetFileURI(), image->initFrom);
-    files.push_back(
-        {std::string(image->id), std::string(image->initFrom), path, ReferencedFileExists(path)});
+    const oxString path = GetReferencedFilePath(document, image->initFrom);
+    files.push_back({std::string(image->id), std::string(image->initFrom), path,
+                     ReferencedFileExists(document, path)});
   }
   return files;
 }

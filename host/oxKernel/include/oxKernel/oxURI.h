@@ -4,6 +4,7 @@
 // local paths.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include "oxKernel/oxString.h"
@@ -47,6 +48,14 @@ class oxURI {
   oxString GetFilePath() const;
 
   bool operator==(const oxURI& other) const { return m_text == other.m_text; }
+
+  // `text` with every "%XY" of two hex digits replaced by its byte; a "%"
+  // without two hex digits after it stays as it is.
+  static oxString PercentDecode(std::string_view text);
+  // Removes "." and ".." segments from a path (RFC 3986, section 5.2.4). A
+  // relative path keeps the ".." segments that climb above its start:
+  // dropping them would name another file.
+  static std::string RemoveDotSegments(std::string_view path);
 
  private:
   oxString m_text;

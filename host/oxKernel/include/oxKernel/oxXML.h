@@ -236,13 +236,27 @@ class oxXMLFactory {
   // or parsing throws std::bad_alloc, with nothing left allocated.
   int CreateReader(oxRefPtr<oxXMLReader>& reader, const oxURI& uri, oxProgress* progress,
                    int flags);
-  // Parses an in-memory document (copied first).
+  // Parses an in-memory document (copied first), with the same results and
+  // messages as a file; messages name it 'NAME' after `name` (a file's URI,
+  // say), or "the in-memory document" without one.
   int CreateReader(oxRefPtr<oxXMLReader>& reader, std::string_view bytes, int flags);
+  int CreateReader(oxRefPtr<oxXMLReader>& reader, std::string_view bytes, std::string_view name,
+                   int flags);
+  // Parses the first `size` bytes of `bytes` in place, taking the buffer
+  // over; it must hold at least one byte more than `size`.
+  int CreateReader(oxRefPtr<oxXMLReader>& reader, oxArray<char>&& bytes, size_t size,
+                   std::string_view name, int flags);
   // A writer that writes the file named by `uri` when closed.
   int CreateWriter(oxRefPtr<oxXMLWriter>& writer, const oxURI& uri, int flags,
                    oxProgress* progress);
   // A writer that keeps the document in memory (read it with GetBuffer).
   int CreateWriter(oxRefPtr<oxXMLWriter>& writer);
+
+ private:
+  // Parses the first `size` bytes of `bytes` in place, in a reader that owns
+  // them; `what` names the document in the error message.
+  static int Parse(oxRefPtr<oxXMLReader>& reader, oxArray<char>&& bytes, size_t size,
+                   std::string_view what);
 };
 
 }  // namespace OxKernel
