@@ -19,6 +19,10 @@ JOBS ?= $(shell nproc)
 BUILD_DIR ?= build/$(if $(filter ON,$(TSAN)),tsan,$(if $(filter ON,$(SANITIZE)),sanitize,release))
 PACKAGES := cmake ninja-build g++ libpugixml-dev libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev nlohmann-json3-dev libfmt-dev libzip-dev pkgconf
 FUZZ_PACKAGES := clang libclang-rt-dev
+# The Khronos glTF validator for the converter's tests (label gltf), run with
+# the machine's Node.js.
+GLTF_VALIDATOR := 2.0.0-dev.3.10
+NODE_MODULES := build/node/node_modules
 
 .PHONY: setup configure build demo test bench fuzz fuzz-strings fuzz-build format clean
 
@@ -29,6 +33,11 @@ setup:
 	  echo "installing:$$missing"; \
 	  apt-get update -qq && DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $$missing; \
 	fi
+	@test -f $(NODE_MODULES)/gltf-validator/package.json || { \
+	  command -v npm >/dev/null || { apt-get update -qq && DEBIAN_FRONTEND=noninteractive apt-get install -y -qq nodejs npm; }; \
+	  echo "installing: gltf-validator $(GLTF_VALIDATOR) (npm, into build/node)"; \
+	  npm install --silent --no-audit --no-fund --prefix build/node gltf-validator@$(GLTF_VALIDATOR); \
+	}
 
 configure: setup
 	cmake -S . -B $(BUILD_DIR) -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) \

@@ -60,9 +60,9 @@ TEST(Cli, NoArgumentsPrintsUsageAndExitsTwo) {
 }
 
 TEST(Cli, UnknownCommandIsNamedAndExitsTwo) {
-  const ToolRun run = Oxdae("convert x");
+  const ToolRun run = Oxdae("render x");
   EXPECT_EQ(run.code, 2);
-  EXPECT_TRUE(run.err.starts_with("oxdae: unknown command 'convert'\n")) << run.err;
+  EXPECT_TRUE(run.err.starts_with("oxdae: unknown command 'render'\n")) << run.err;
 }
 
 TEST(Cli, BadOptionsOrArgumentsExitTwoWithTheCommandUsage) {
@@ -590,6 +590,34 @@ TEST(Cli, SampleTextIsOneLinePerChannel) {
             "turn: a/r.ANGLE = 22.5\n"
             "turn: a/nothing.X (unbound)\n");
   EXPECT_EQ(OnDocument("sample", "", "--time 0").out, "no channels\n");
+}
+
+// A STEP curve: linearly it would give 5 at 0.5, exactly it holds 0.
+TEST(Cli, SampleExactFollowsTheInterpolation) {
+  const std::string step = R"(<library_animations><animation id="m">
+    <source id="t"><float_array id="t-a" count="2">0 1</float_array>
+     <technique_common><accessor source="#t-a" count="2"/></technique_common></source>
+    <source id="v"><float_array id="v-a" count="2">0 10</float_array>
+     <technique_common><accessor source="#v-a" count="2"/></technique_common></source>
+    <source id="i"><Name_array id="i-a" count="2">STEP STEP</Name_array>
+     <technique_common><accessor source="#i-a" count="2"/></technique_common></source>
+    <sampler id="s"><input semantic="INPUT" source="#t"/><input semantic="OUTPUT" source="#v"/>
+     <input semantic="INTERPOLATION" source="#i"/></sampler>
+    <channel source="#s" target="a/t.X"/></animation></library_animations>
+    <library_visual_scenes><visual_scene id="vs"><node id="a"><translate sid="t">0 0 0</translate>
+    </node></visual_scene></library_visual_scenes>)";
+  EXPECT_EQ(OnDocument("sample", step, "--time 0.5").out, "m: a/t.X = 5\n");
+  const ToolRun exact = OnDocument("sample", step, "--time 0.5 --exact");
+  EXPECT_EQ(exact.code, 0);
+  EXPECT_EQ(exact.out, "m: a/t.X = 0\n");
+  EXPECT_EQ(OnDocument("sample --json", step, "--time 1 --exact").Json()["channels"][0]["values"],
+            json::parse("[10]"));
+}
+
+TEST(Cli, SampleExactOfLinearCurvesIsTheLinearValue) {
+  const ToolRun plain = OnDocument("sample --json", kAnimatedScene, "--time 0.5");
+  const ToolRun exact = OnDocument("sample --json", kAnimatedScene, "--time 0.5 --exact");
+  EXPECT_EQ(exact.Json(), plain.Json());
 }
 
 TEST(Cli, SampleOneAnimationWithItsNestedOnes) {

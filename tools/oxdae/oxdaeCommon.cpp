@@ -1,5 +1,7 @@
 #include "oxdaeCommon.h"
 
+#include <oxDAEConvert/oxDAEGltf.h>
+
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -52,6 +54,12 @@ void LogCounter::PrintHeld() {
   m_held.reset();
 }
 
+void AddInput(CLI::App& command, std::string& file) {
+  command
+      .add_option("IN", file, "the COLLADA document to read (.dae or .zae; - for standard input)")
+      ->required();
+}
+
 void AddFileAndJSON(CLI::App& command, std::string& file, bool& json, const std::string& what,
                     const std::function<void()>& between) {
   command.add_option("FILE", file, "the COLLADA document (.dae or .zae; - reads standard input)")
@@ -86,14 +94,12 @@ void Print(bool json, const std::function<Json()>& asJSON,
   }
 }
 
-namespace {
-
 // Runs `operation`, a load or a save of `file`; false after one line saying
 // why it failed: the reason the reader or writer logged, which names the
 // file in most cases ("cannot open 'x.dae': ..."), else the file and the
 // reason; "cannot be DONE (code N)" when nothing was logged.
-bool LoadOrSave(LogCounter& log, const std::string& file, std::string_view done,
-                const std::function<int()>& operation) {
+bool Attempt(LogCounter& log, const std::string& file, std::string_view done,
+             const std::function<int()>& operation) {
   std::string reason;
   const int rc = log.Attempt(operation, reason);
   if (rc == 0) return true;
@@ -101,8 +107,6 @@ bool LoadOrSave(LogCounter& log, const std::string& file, std::string_view done,
   PrintToolLine(reason.find(file) != std::string::npos ? reason : file + ": " + reason);
   return false;
 }
-
-}  // namespace
 
 namespace {
 
@@ -125,23 +129,23 @@ bool LoadDocument(oxDAEFile& document, const std::string& file, LogCounter& log)
       PrintToolLine("cannot read standard input");
       return false;
     }
-    return LoadOrSave(log, file, "read", [&] {
+    return Attempt(log, file, "read", [&] {
       return document.LoadFromMemory(bytes.data(), bytes.size(), OxKernel::oxURI(file));
     });
   }
   ProgressBar bar(file);
-  return LoadOrSave(log, file, "read",
-                    [&] { return document.Load(OxKernel::oxURI(file), bar.GetProgress()); });
+  return Attempt(log, file, "read",
+                 [&] { return document.Load(OxKernel::oxURI(file), bar.GetProgress()); });
 }
 
 bool SaveDocument(oxDAEFile& document, const std::string& file, LogCounter& log) {
   if (file == kStandardStream) {
     OxKernel::oxString xml;
-    if (!LoadOrSave(log, file, "written", [&] { return document.SaveToString(xml); })) return false;
+    if (!Attempt(log, file, "written", [&] { return document.SaveToString(xml); })) return false;
     PrintText(xml);
     return std::fflush(stdout) == 0;
   }
-  return LoadOrSave(log, file, "written", [&] { return document.Save(OxKernel::oxURI(file)); });
+  return Attempt(log, file, "written", [&] { return document.Save(OxKernel::oxURI(file)); });
 }
 
 std::string NumberText(float value) {
@@ -193,15 +197,7 @@ CLI::Option* AddTimeOption(CLI::App& command, float& time, bool required) {
 }
 
 const oxDAEVisualScene* DefaultVisualScene(const oxDAEFile& document) {
-  const oxDAEColladaElement* root = document.GetRoot();
-  if (root && root->scene && root->scene->instanceVisualScene) {
-    const oxDAEBaseElement* target = root->scene->instanceVisualScene->target;
-    if (const oxDAEVisualScene* scene = oxDAEVisualScene::DynamicCast(target)) return scene;
-  }
-  for (const auto& element : document.GetElements()) {
-    if (const oxDAEVisualScene* scene = oxDAEVisualScene::DynamicCast(element.get())) return scene;
-  }
-  return nullptr;
+  return OxDAEConvert::FindVisualScene(document);
 }
 
 void ForEachNode(const oxDAEVisualScene& scene,

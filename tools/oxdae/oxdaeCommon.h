@@ -48,6 +48,7 @@ Command AddSample(CLI::App& tool);
 Command AddCheck(CLI::App& tool);
 Command AddMaterials(CLI::App& tool);
 Command AddTextures(CLI::App& tool);
+Command AddConvert(CLI::App& tool);
 
 // Counts the log records while the default sink prints them.
 class LogCounter {
@@ -100,6 +101,16 @@ void Print(bool json, const std::function<Json()>& asJSON,
 
 // The file name that stands for standard input (or output).
 inline constexpr std::string_view kStandardStream = "-";
+
+// Runs `operation`, a load, save or conversion of `file`; false after one
+// line saying why it failed: the reason it logged last as an error, which
+// names the file in most cases ("cannot open 'x.dae': ..."), else the file
+// and the reason; "cannot be DONE (code N)" when nothing was logged.
+bool Attempt(LogCounter& log, const std::string& file, std::string_view done,
+             const std::function<int()>& operation);
+
+// Adds the IN argument (a document to read) to `command`.
+void AddInput(CLI::App& command, std::string& file);
 
 // Loads `file`; false after one line saying why it could not be read. "-"
 // reads the document (or `.zae` archive) from standard input; relative

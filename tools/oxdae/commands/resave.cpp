@@ -24,10 +24,7 @@ int RunResave(const ResaveOptions& options) {
 Command AddResave(CLI::App& tool) {
   auto options = std::make_shared<ResaveOptions>();
   CLI::App* command = tool.add_subcommand("resave", "Load a document and save it again.");
-  command
-      ->add_option("IN", options->in,
-                   "the COLLADA document to read (.dae or .zae; - for standard input)")
-      ->required();
+  AddInput(*command, options->in);
   command
       ->add_option("OUT", options->out,
                    "the file to write, always a plain .dae (- for standard output)")

@@ -8,7 +8,14 @@
 // accessor, counts as 1, as it does for the sampler itself. A channel
 // that is not bound to an animatable value, or whose sampler cannot give a
 // value, has none; the sampler logs why.
+//
+// With --exact the value is the curve the sampler's sources describe,
+// evaluated key by key as its INTERPOLATION values say (STEP, LINEAR,
+// BEZIER, HERMITE, CARDINAL, BSPLINE; see oxDAECurve.h), instead of the
+// module's linear keyframe controller. Its width is the OUTPUT stride.
 #include <algorithm>
+
+#include <oxDAEConvert/oxDAECurve.h>
 
 #include "oxdaeCommon.h"
 
@@ -23,6 +30,7 @@ struct SampleOptions {
   std::string animation;
   float time = 0.0f;
   bool json = false;
+  bool exact = false;
 };
 
 struct ChannelSample {
@@ -54,15 +62,25 @@ void Sample(ChannelSample& sample, float time) {
   sample.hasValue = sampler->GetFloatValue(time, stride, sample.values.data()) == 0;
 }
 
+// Samples one bound channel on the exact curve of its sampler.
+void SampleExactly(ChannelSample& sample, float time) {
+  const std::optional<OxDAEConvert::oxDAECurve> curve =
+      OxDAEConvert::oxDAECurve::FromSampler(*sample.channel->sampler);
+  if (!curve) return;
+  sample.values.assign(curve->GetStride(), 0.0f);
+  curve->Evaluate(time, sample.values.data());
+  sample.hasValue = true;
+}
+
 std::vector<ChannelSample> SampleChannels(const oxDAEFile& document, float time,
-                                          const oxDAEAnimation* only) {
+                                          const oxDAEAnimation* only, bool exact) {
   std::vector<ChannelSample> samples;
   for (const oxDAEChannel* channel : AllOf<oxDAEChannel>(document)) {
     ChannelSample sample;
     sample.channel = channel;
     sample.animation = oxDAEAnimation::DynamicCast(channel->parent);
     if (only && !IsWithin(sample.animation, only)) continue;
-    if (channel->target && channel->sampler) Sample(sample, time);
+    if (channel->target && channel->sampler) (exact ? SampleExactly : Sample)(sample, time);
     samples.push_back(std::move(sample));
   }
   return samples;
@@ -120,7 +138,8 @@ int RunSample(const SampleOptions& options) {
     only = FindRequested<oxDAEAnimation>(document, options.file, options.animation, "animation");
     if (!only) return kExitFailure;
   }
-  const std::vector<ChannelSample> samples = SampleChannels(document, options.time, only);
+  const std::vector<ChannelSample> samples =
+      SampleChannels(document, options.time, only, options.exact);
   Print(
       options.json, [&] { return SamplesJSON(samples, options.time); },
       [&samples] { return SamplesText(samples); });
@@ -138,6 +157,9 @@ Command AddSample(CLI::App& tool) {
     command->add_option("--animation", options->animation,
                         "the id of the animation whose channels to sample (nested ones "
                         "included)");
+    command->add_flag("--exact", options->exact,
+                      "evaluate each curve as its INTERPOLATION values say (BEZIER, HERMITE, "
+                      "CARDINAL, BSPLINE, STEP, LINEAR) instead of linearly");
   });
   return {command, [options] { return RunSample(*options); }};
 }

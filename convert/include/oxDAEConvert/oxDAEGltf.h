@@ -1,0 +1,45 @@
+// Converting a loaded COLLADA document to glTF 2.0, as a host would: through
+// the module's public tree only.
+//
+// What is carried over: the visual scene's node tree with each node's local
+// matrix (COLLADA's column-vector matrix is written in glTF's column-major
+// order), instanced nodes (copied, since a glTF node has one parent),
+// instanced geometry with every primitive kind (see oxDAEGltfMesh), and the
+// common-profile materials bound to it with their pictures. What is not
+// carried over is named in a warning (kLogWarning) and left out: nothing is
+// dropped silently.
+#pragma once
+
+#include <string>
+
+#include <oxDAEReadWrite/oxDAEElements_Instance.h>
+#include <oxDAEReadWrite/oxDAEReadWrite_File.h>
+
+namespace OxDAEConvert {
+
+// Results of ConvertToGltf besides 0.
+enum oxGltfResult : int {
+  kGltfNoScene = -60,      // the document has no visual scene, or none with the asked id
+  kGltfCannotWrite = -61,  // the output (or its .bin) cannot be written
+};
+
+struct oxGltfOptions {
+  // The id of the visual scene to convert; empty for the one <scene>
+  // instances, else the first.
+  std::string scene;
+};
+
+// The visual scene with id `id`, or for an empty id the one <scene>
+// instances, else the first of the document; null when there is none.
+const OxDAEReader::oxDAEVisualScene* FindVisualScene(const OxDAEReader::oxDAEFile& document,
+                                                     std::string_view id = {});
+
+// Writes `document` as glTF 2.0 to `path`: one .glb file (buffer and
+// pictures inside) when the path ends in ".glb", else JSON with its buffer
+// in a .bin of the same name beside it and the pictures referenced by
+// relative paths. Returns 0, kGltfNoScene or kGltfCannotWrite, each failure
+// after a logged error.
+int ConvertToGltf(const OxDAEReader::oxDAEFile& document, const std::string& path,
+                  const oxGltfOptions& options = {});
+
+}  // namespace OxDAEConvert

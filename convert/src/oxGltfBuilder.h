@@ -1,0 +1,57 @@
+// The glTF 2.0 document being written: its JSON, one binary buffer, and the
+// pictures to embed. Saves as .gltf (JSON, the buffer in a .bin beside it)
+// or as .glb (one file, buffer and pictures inside).
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+namespace OxDAEConvert {
+
+using Json = nlohmann::ordered_json;
+
+// glTF component types and buffer-view targets used here.
+enum : int {
+  kGltfFloat = 5126,
+  kGltfUnsignedInt = 5125,
+  kGltfUnsignedShort = 5123,
+  kGltfUnsignedByte = 5121,
+  kGltfArrayBuffer = 34962,
+  kGltfElementArrayBuffer = 34963,
+};
+
+class oxGltfBuilder {
+ public:
+  oxGltfBuilder();
+
+  Json& Root() { return m_root; }
+  // Appends `value` to the array `key` of the root (created when missing)
+  // and returns its index.
+  size_t Add(const char* key, Json value);
+
+  // A buffer view over `bytes` appended to the buffer (4-byte aligned), with
+  // `target` unless 0; returns its index.
+  size_t AddBufferView(const void* bytes, size_t size, int target);
+  // An accessor of the floats `values` as elements of `type` ("SCALAR",
+  // "VEC3", ...) in a buffer view with `target` (0 for none), with min and
+  // max when `bounds`; returns its index.
+  size_t AddFloats(const std::vector<float>& values, const char* type, int target, bool bounds);
+  // An index accessor (unsigned ints); returns its index.
+  size_t AddIndices(const std::vector<uint32_t>& indices);
+  // An image embedded in the buffer with its MIME type; returns the image's
+  // index.
+  size_t AddEmbeddedImage(const std::string& bytes, const std::string& mimeType);
+
+  // Writes `path`: a .glb when it ends in ".glb", else JSON with the buffer
+  // in PATH-without-extension.bin. False when a file cannot be written.
+  bool Save(const std::string& path);
+
+ private:
+  Json m_root;
+  std::vector<uint8_t> m_buffer;
+};
+
+}  // namespace OxDAEConvert

@@ -1,0 +1,101 @@
+// Converted documents pass the Khronos glTF validator with no error: the
+// sample scene, the fuzzer's seed documents (one or more per element kind)
+// and, when the corpus folder exists, every COLLADA 1.4.x file that loads.
+// The validator runs under Node.js from the node_modules folder that `make`
+// sets up (OX_NODE_MODULES).
+#include <oxDAEConvert/oxDAEGltf.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include <nlohmann/json.hpp>
+
+#include "oxTestSupport.h"
+
+namespace {
+
+struct Document {
+  std::string path;
+  std::string name;
+};
+
+void PrintTo(const Document& document, std::ostream* os) {
+  *os << document.path;
+}
+
+std::vector<Document> Documents() {
+  std::vector<Document> documents = {{std::string(OX_SOURCE_DIR) + "/samples/scene.dae", "sample"}};
+  for (const auto& entry :
+       std::filesystem::directory_iterator(std::string(OX_SOURCE_DIR) + "/fuzz/seeds")) {
+    if (entry.path().extension() == ".dae")
+      documents.push_back({entry.path().string(), "seed_" + entry.path().stem().string()});
+  }
+  std::ifstream manifest(std::string(OX_CORPUS_DIR) + "/MANIFEST.tsv");
+  std::string line;
+  std::getline(manifest, line);
+  while (std::getline(manifest, line)) {
+    std::vector<std::string> columns;
+    std::stringstream row(line);
+    for (std::string column; std::getline(row, column, '\t');)
+      columns.push_back(column);
+    if (columns.size() < 7 || !columns[6].starts_with("1.4.")) continue;
+    std::string name = "corpus_";
+    for (const char c : columns[0])
+      name += std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
+    documents.push_back({std::string(OX_CORPUS_DIR) + "/" + columns[0], name});
+  }
+  return documents;
+}
+
+// One JSON report per file, as validate_gltf.mjs prints them.
+std::vector<nlohmann::json> Validate(const std::vector<std::string>& files) {
+  std::string command = "OX_NODE_MODULES='" + std::string(OX_NODE_MODULES) + "' node '" +
+                        std::string(OX_SOURCE_DIR) + "/convert/tests/validate_gltf.mjs'";
+  for (const std::string& file : files)
+    command += " '" + file + "'";
+  FILE* pipe = popen((command + " 2>&1").c_str(), "r");
+  std::string out;
+  char buffer[4096];
+  for (size_t n; pipe && (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+    out.append(buffer, n);
+  if (pipe) pclose(pipe);
+  std::vector<nlohmann::json> reports;
+  std::stringstream lines(out);
+  for (std::string line; std::getline(lines, line);) {
+    nlohmann::json report = nlohmann::json::parse(line, nullptr, false);
+    EXPECT_FALSE(report.is_discarded()) << "the validator printed: " << out;
+    if (!report.is_discarded()) reports.push_back(std::move(report));
+  }
+  return reports;
+}
+
+class GltfValidation : public ::testing::TestWithParam<Document> {};
+
+TEST_P(GltfValidation, ConvertedDocumentHasNoValidatorError) {
+  oxtest::LogCapture log;
+  OxDAEReader::oxDAEFile document;
+  if (document.Load(OxKernel::oxURI(GetParam().path)) != 0)
+    GTEST_SKIP() << "does not load (damaged on purpose)";
+  const oxtest::TempFile glb("", ".glb");
+  const oxtest::TempFile gltf("", ".gltf");
+  const std::string bin = std::filesystem::path(gltf.Path()).replace_extension(".bin").string();
+  const int glbResult = OxDAEConvert::ConvertToGltf(document, glb.Path());
+  if (glbResult == OxDAEConvert::kGltfNoScene) GTEST_SKIP() << "no visual scene";
+  ASSERT_EQ(glbResult, 0);
+  ASSERT_EQ(OxDAEConvert::ConvertToGltf(document, gltf.Path()), 0);
+  const std::vector<nlohmann::json> reports = Validate({glb.Path(), gltf.Path()});
+  std::remove(bin.c_str());
+  ASSERT_EQ(reports.size(), 2u);
+  for (const nlohmann::json& report : reports) {
+    EXPECT_EQ(report["errors"], 0) << report.dump(1);
+    RecordProperty(std::filesystem::path(report["file"].get<std::string>()).extension().string(),
+                   report["codes"].dump());
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Documents, GltfValidation, ::testing::ValuesIn(Documents()),
+                         [](const auto& info) { return info.param.name; });
+
+}  // namespace
