@@ -180,6 +180,12 @@ TEST(HostString, ConcatJoinsTextsCharactersAndIntegers) {
   EXPECT_EQ(oxConcat(), "");
 }
 
+TEST(HostString, ConcatWritesFloatsInTheirShortestForm) {
+  EXPECT_EQ(oxConcat("f=", 0.1f, " d=", 0.1, " one=", 1.0f, " big=", 1e20),
+            "f=0.1 d=0.1 one=1 big=1e+20");
+  EXPECT_EQ(oxConcat(-2.5f), "-2.5");
+}
+
 TEST(HostCharacter, TrimRemovesXMLWhiteSpaceOnly) {
   EXPECT_EQ(oxCharacter::Trim(" \t\r\nab c\n\r\t "), "ab c");
   EXPECT_EQ(oxCharacter::Trim("\v x \f"), "\v x \f");

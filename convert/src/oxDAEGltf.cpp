@@ -1,5 +1,6 @@
 #include "oxDAEConvert/oxDAEGltf.h"
 
+#include <array>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -12,6 +13,7 @@
 #include <oxKernel/oxLog.h>
 
 #include "oxDAEGltfMesh.h"
+#include "oxDAEGltfTransform.h"
 #include "oxGltfBuilder.h"
 
 namespace OxDAEConvert {
@@ -24,6 +26,8 @@ namespace {
 // Instanced nodes nested deeper than this are left out: a document may
 // instance a node inside itself.
 constexpr int kMostInstanceDepth = 64;
+// Frames sampled per animated node at most: a longer range keeps its keys.
+constexpr double kMostFrames = 100000;
 
 std::string NameOf(const oxDAEElement& element) {
   if (!element.name.empty()) return std::string(element.name);
@@ -81,10 +85,19 @@ std::string RelativeURI(const std::filesystem::path& folder, const std::string& 
 
 class Converter {
  public:
-  Converter(const oxDAEFile& document, const std::string& path)
-      : m_document(document), m_path(path), m_binary(path.ends_with(".glb")) {}
+  Converter(const oxDAEFile& document, const std::string& path, double fps)
+      : m_document(document), m_path(path), m_binary(path.ends_with(".glb")), m_fps(fps) {}
 
   int Run(const oxDAEVisualScene& scene) {
+    size_t others = 0;
+    m_animations = CollectNodeAnimations(m_document, others);
+    if (others > 0) {
+      OX_LOG(OxKernel::kLogWarning,
+             oxConcat(others,
+                      " animation channel(s) drive something other than a node's translate, "
+                      "rotate, scale or matrix (a material parameter, a morph weight); they are "
+                      "left out"));
+    }
     Json roots = Json::array();
     for (const oxDAENode* node : scene.nodes)
       roots.push_back(ConvertNode(*node, 0));
@@ -92,7 +105,14 @@ class Converter {
     if (!scene.name.empty() || !scene.id.empty()) gltfScene["name"] = NameOf(scene);
     m_gltf.Add("scenes", std::move(gltfScene));
     m_gltf.Root()["scene"] = 0;
+    WriteAnimations();
     ReportLeftOut();
+    if (m_gltf.Root().contains("lights")) {
+      m_gltf.Root()["extensions"]["KHR_lights_punctual"]["lights"] =
+          std::move(m_gltf.Root()["lights"]);
+      m_gltf.Root().erase("lights");
+      UseExtension("KHR_lights_punctual");
+    }
     if (!m_extensions.empty()) m_gltf.Root()["extensionsUsed"] = m_extensions;
     if (!m_gltf.Save(m_path)) {
       OX_LOG(OxKernel::kLogError, oxConcat("cannot write '", m_path, "'"));
@@ -105,12 +125,14 @@ class Converter {
   size_t ConvertNode(const oxDAENode& node, int instanceDepth) {
     Json gltfNode = Json::object();
     if (const std::string name = NameOf(node); !name.empty()) gltfNode["name"] = name;
-    const OxMath::oxMatrix44 local = node.ComputeLocalMatrix();
+    const OxMath::oxMatrix44 local = LocalMatrix(node);
     if (!std::all_of(local.m, local.m + 16, [](float v) { return std::isfinite(v); })) {
       OX_LOG(OxKernel::kLogWarning,
              oxConcat("node '", NameOf(node),
                       "': its transforms give a matrix that is not finite; the node is left "
                       "where its parent is"));
+    } else if (const auto animated = m_animations.find(&node); animated != m_animations.end()) {
+      WriteTRS(node, local, gltfNode);
     } else if (!IsIdentity(local)) {
       gltfNode["matrix"] = std::vector<float>(local.m, local.m + 16);
     }
@@ -120,7 +142,102 @@ class Converter {
     for (const oxDAEInstance* instance : node.instances)
       ConvertInstance(*instance, gltfNode, children, instanceDepth);
     if (!children.empty()) gltfNode["children"] = children;
-    return m_gltf.Add("nodes", std::move(gltfNode));
+    const bool animated = gltfNode.contains("rotation");
+    const size_t index = m_gltf.Add("nodes", std::move(gltfNode));
+    if (animated) m_animatedNodes[&node].push_back(index);
+    return index;
+  }
+
+  // An animated node's static transform as translation, rotation and scale
+  // (glTF animates only those); always with a rotation, which marks the node
+  // for its animation. A matrix that does not split keeps the node still.
+  void WriteTRS(const oxDAENode& node, const OxMath::oxMatrix44& local, Json& gltfNode) {
+    const std::optional<oxTRS> trs = Decompose(local);
+    if (!trs) {
+      OX_LOG(OxKernel::kLogWarning,
+             oxConcat("node '", NameOf(node),
+                      "': its matrix is no translation, rotation and scale; its animation is "
+                      "left out"));
+      gltfNode["matrix"] = std::vector<float>(local.m, local.m + 16);
+      return;
+    }
+    gltfNode["translation"] = trs->translation;
+    gltfNode["rotation"] = trs->rotation;
+    gltfNode["scale"] = trs->scale;
+  }
+
+  // One glTF animation: for each animated node, its local matrix sampled at
+  // every key time of its channels and every 1/fps between its first and
+  // last key, split into translation, rotation and scale, interpolated
+  // linearly (rotations spherically).
+  void WriteAnimations() {
+    Json samplers = Json::array();
+    Json channels = Json::array();
+    for (const auto& [node, indices] : m_animatedNodes) {
+      const oxNodeAnimation& animation = m_animations.at(node);
+      const std::vector<float> times = SampleTimes(*node, animation);
+      std::vector<float> translations, rotations, scales;
+      std::array<double, 4> previous = {0, 0, 0, 1};
+      bool splits = true;
+      for (const float time : times) {
+        const std::optional<oxTRS> trs = Decompose(LocalMatrixAt(*node, animation, time));
+        if (!trs) {
+          splits = false;
+          break;
+        }
+        // Neighbouring rotations on the same side of the sphere, so that
+        // interpolation takes the short way.
+        std::array<double, 4> q = trs->rotation;
+        const double dot =
+            q[0] * previous[0] + q[1] * previous[1] + q[2] * previous[2] + q[3] * previous[3];
+        if (dot < 0)
+          for (double& c : q)
+            c = -c;
+        previous = q;
+        translations.insert(translations.end(), trs->translation.begin(), trs->translation.end());
+        rotations.insert(rotations.end(), q.begin(), q.end());
+        scales.insert(scales.end(), trs->scale.begin(), trs->scale.end());
+      }
+      if (!splits) {
+        OX_LOG(OxKernel::kLogWarning,
+               oxConcat("node '", NameOf(*node),
+                        "': its animated matrix is not always a translation, rotation and scale; "
+                        "its animation is left out"));
+        continue;
+      }
+      const size_t input = m_gltf.AddFloats(times, "SCALAR", 0, true);
+      const std::pair<const char*, size_t> paths[] = {
+          {"translation", m_gltf.AddFloats(translations, "VEC3", 0, false)},
+          {"rotation", m_gltf.AddFloats(rotations, "VEC4", 0, false)},
+          {"scale", m_gltf.AddFloats(scales, "VEC3", 0, false)}};
+      for (const auto& [path, output] : paths) {
+        samplers.push_back({{"input", input}, {"output", output}, {"interpolation", "LINEAR"}});
+        for (const size_t index : indices)
+          channels.push_back(
+              {{"sampler", samplers.size() - 1}, {"target", {{"node", index}, {"path", path}}}});
+      }
+    }
+    if (channels.empty()) return;
+    m_gltf.Add("animations", {{"name", "animation"},
+                              {"samplers", std::move(samplers)},
+                              {"channels", std::move(channels)}});
+  }
+
+  // The key times of the node's channels and every 1/fps from the first to
+  // the last, sorted. A range too long for the frame rate keeps its keys only.
+  std::vector<float> SampleTimes(const oxDAENode& node, const oxNodeAnimation& animation) const {
+    std::vector<float> times = animation.keyTimes;
+    const double frames = (static_cast<double>(animation.end) - animation.start) * m_fps;
+    if (frames > kMostFrames) {
+      OX_LOG(OxKernel::kLogWarning, oxConcat("node '", NameOf(node), "': its animation spans ",
+                                             frames, " frames; only its keys are sampled"));
+    } else {
+      for (size_t f = 1; f < frames; ++f)
+        times.push_back(static_cast<float>(animation.start + f / m_fps));
+    }
+    std::sort(times.begin(), times.end());
+    times.erase(std::unique(times.begin(), times.end()), times.end());
+    return times;
   }
 
   void ConvertInstance(const oxDAEInstance& instance, Json& node, Json& children,
@@ -147,7 +264,151 @@ class Converter {
       children.push_back(ConvertNode(*target, instanceDepth + 1));
       return;
     }
+    if (instance.kind == EToken::CAMERA || instance.kind == EToken::LIGHT) {
+      const long index =
+          instance.kind == EToken::CAMERA ? CameraFor(instance.target) : LightFor(instance.target);
+      if (index < 0) return;
+      const bool camera = instance.kind == EToken::CAMERA;
+      const bool taken = camera ? node.contains("camera") : node.contains("extensions");
+      Json& holder = taken ? AddChildNode(children) : node;
+      if (camera) {
+        holder["camera"] = index;
+      } else {
+        holder["extensions"] = {{"KHR_lights_punctual", {{"light", index}}}};
+      }
+      return;
+    }
     ++m_leftOut[oxConcat("<", oxDAEInstance::TagOfKind(instance.kind), ">")];
+  }
+
+  // A new child node of the node being written (listed in `children`),
+  // for an instance the node already holds one of.
+  Json& AddChildNode(Json& children) {
+    const size_t index = m_gltf.Add("nodes", Json::object());
+    children.push_back(index);
+    return m_gltf.Root()["nodes"][index];
+  }
+
+  long CameraFor(const oxDAEBaseElement* target) {
+    const auto* camera = oxDAECamera::DynamicCast(target);
+    if (!camera) return -1;
+    if (const auto it = m_cameras.find(camera); it != m_cameras.end()) return it->second;
+    long index = -1;
+    const oxDAEOpticsTechniqueCommon* optics =
+        camera->optics ? camera->optics->techniqueCommon : nullptr;
+    const std::string name = oxConcat("camera '", NameOf(*camera), "'");
+    if (!optics || optics->type == oxDAEOpticsTechniqueCommon::EType::NONE) {
+      OX_LOG(OxKernel::kLogWarning,
+             name + " has no perspective or orthographic optics; it is left out");
+    } else {
+      Json gltfCamera = optics->type == oxDAEOpticsTechniqueCommon::EType::PERSPECTIVE
+                            ? Perspective(*optics, name)
+                            : Orthographic(*optics, name);
+      if (!camera->name.empty() || !camera->id.empty()) gltfCamera["name"] = NameOf(*camera);
+      index = static_cast<long>(m_gltf.Add("cameras", std::move(gltfCamera)));
+    }
+    m_cameras.emplace(camera, index);
+    return index;
+  }
+
+  // glTF wants the vertical field of view in radians and a positive near
+  // plane; COLLADA gives either field of view in degrees, and the other from
+  // the aspect ratio.
+  static Json Perspective(const oxDAEOpticsTechniqueCommon& optics, const std::string& name) {
+    constexpr double kRadians = 3.14159265358979323846 / 180.0;
+    double yfov = optics.yfov * kRadians;
+    if (optics.yfov <= 0 && optics.xfov > 0) {
+      const double aspect = optics.aspectRatio > 0 ? optics.aspectRatio : 1.0;
+      yfov = 2.0 * std::atan(std::tan(optics.xfov * kRadians / 2.0) / aspect);
+    }
+    if (!(yfov > 0 && yfov < 3.14159)) {
+      OX_LOG(OxKernel::kLogWarning, name + " has no usable field of view; 45 degrees are written");
+      yfov = 45.0 * kRadians;
+    }
+    Json perspective = {{"yfov", yfov}, {"znear", NearPlane(optics, name)}};
+    if (optics.zfar > 0 && optics.zfar > optics.znear) perspective["zfar"] = optics.zfar;
+    if (optics.aspectRatio > 0) perspective["aspectRatio"] = optics.aspectRatio;
+    return {{"type", "perspective"}, {"perspective", std::move(perspective)}};
+  }
+
+  static Json Orthographic(const oxDAEOpticsTechniqueCommon& optics, const std::string& name) {
+    const double aspect = optics.aspectRatio > 0 ? optics.aspectRatio : 1.0;
+    double xmag = optics.xmag > 0 ? optics.xmag : optics.ymag * aspect;
+    double ymag = optics.ymag > 0 ? optics.ymag : optics.xmag / aspect;
+    if (!(xmag > 0 && ymag > 0)) {
+      OX_LOG(OxKernel::kLogWarning, name + " has no usable magnification; 1 is written");
+      xmag = ymag = 1.0;
+    }
+    const double znear = std::max(0.0f, optics.znear);
+    const double zfar = optics.zfar > znear ? optics.zfar : znear + 1.0;
+    return {{"type", "orthographic"},
+            {"orthographic", {{"xmag", xmag}, {"ymag", ymag}, {"znear", znear}, {"zfar", zfar}}}};
+  }
+
+  static double NearPlane(const oxDAEOpticsTechniqueCommon& optics, const std::string& name) {
+    if (optics.znear > 0) return optics.znear;
+    OX_LOG(OxKernel::kLogWarning,
+           name + " has no positive near plane, which glTF requires; 0.01 is written");
+    return 0.01;
+  }
+
+  long LightFor(const oxDAEBaseElement* target) {
+    const auto* light = oxDAELight::DynamicCast(target);
+    if (!light) return -1;
+    if (const auto it = m_lights.find(light); it != m_lights.end()) return it->second;
+    const oxDAELightTechniqueCommon* common = light->techniqueCommon;
+    const std::string name = oxConcat("light '", NameOf(*light), "'");
+    long index = -1;
+    const EToken type = common ? common->type : EToken::NONE;
+    if (type != EToken::DIRECTIONAL && type != EToken::POINT && type != EToken::SPOT) {
+      OX_LOG(OxKernel::kLogWarning,
+             name + " is " +
+                 (type == EToken::AMBIENT ? "ambient, which glTF lights are not"
+                                          : "of no known type") +
+                 "; it is left out");
+    } else {
+      index = static_cast<long>(m_gltf.Add("lights", PunctualLight(*common, name)));
+      if (!light->name.empty() || !light->id.empty())
+        m_gltf.Root()["lights"][index]["name"] = NameOf(*light);
+    }
+    m_lights.emplace(light, index);
+    return index;
+  }
+
+  // A KHR_lights_punctual light: the colour scaled into 0..1 with the scale
+  // as intensity; a spot's falloff angle (the whole cone, in degrees) as the
+  // outer cone's half angle in radians.
+  static Json PunctualLight(const oxDAELightTechniqueCommon& common, const std::string& name) {
+    const OxMath::oxFColor& c = common.color;
+    const double intensity = std::max({1.0f, c.r, c.g, c.b});
+    Json light = {{"intensity", intensity}};
+    light["color"] =
+        Color({static_cast<float>(c.r / intensity), static_cast<float>(c.g / intensity),
+               static_cast<float>(c.b / intensity), 1.0f},
+              false);
+    if (common.type == EToken::DIRECTIONAL) {
+      light["type"] = "directional";
+      return light;
+    }
+    light["type"] = common.type == EToken::SPOT ? "spot" : "point";
+    if (common.constantAttenuation != 0 || common.linearAttenuation != 0 ||
+        common.quadraticAttenuation != 1) {
+      OX_LOG(OxKernel::kLogWarning,
+             oxConcat(name, ": its attenuation (constant ", common.constantAttenuation, ", linear ",
+                      common.linearAttenuation, ", quadratic ", common.quadraticAttenuation,
+                      ") is not carried over; glTF lights fall off with the inverse square"));
+    }
+    if (common.type == EToken::SPOT) {
+      constexpr double kRadians = 3.14159265358979323846 / 180.0;
+      const double outer = std::clamp(common.falloffAngle / 2.0 * kRadians, 1e-4, 3.14159265 / 2);
+      light["spot"] = {{"innerConeAngle", 0.0}, {"outerConeAngle", outer}};
+      if (common.falloffExponent != 0) {
+        OX_LOG(OxKernel::kLogWarning,
+               oxConcat(name, ": its falloff exponent ", common.falloffExponent,
+                        " is not carried over; glTF spots fade linearly between their cones"));
+      }
+    }
+    return light;
   }
 
   // The glTF mesh of `geometry` with its materials bound by `binding`; -1
@@ -344,6 +605,12 @@ class Converter {
   std::map<std::pair<const oxDAEGeometry*, std::vector<long>>, long> m_meshes;
   std::map<const oxDAEMaterial*, long> m_materials;
   std::map<const oxDAEImage*, long> m_textures;
+  double m_fps = 30.0;
+  std::map<const oxDAENode*, oxNodeAnimation> m_animations;
+  // The glTF nodes of each animated node (one per place it is instanced).
+  std::map<const oxDAENode*, std::vector<size_t>> m_animatedNodes;
+  std::map<const oxDAECamera*, long> m_cameras;
+  std::map<const oxDAELight*, long> m_lights;
   std::map<std::string, size_t> m_leftOut;
   std::vector<std::string> m_extensions;
 };
@@ -375,7 +642,7 @@ int ConvertToGltf(const oxDAEFile& document, const std::string& path,
                                     : oxConcat("no visual scene with id '", options.scene, "'"));
     return kGltfNoScene;
   }
-  return Converter(document, path).Run(*scene);
+  return Converter(document, path, options.fps > 0 ? options.fps : 30.0).Run(*scene);
 }
 
 }  // namespace OxDAEConvert

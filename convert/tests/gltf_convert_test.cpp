@@ -258,3 +258,110 @@ TEST_XML(GltfConvert, UnwritableOutputIsAnError, MeshDocument("0 0 0 1 0 0 0 1 0
             OxDAEConvert::kGltfCannotWrite);
   EXPECT_EQ(log.entries, std::vector{oxtest::Error("cannot write '/nonexistent/folder/x.glb'")});
 }
+
+namespace {
+
+// Node "a" with a translate animated linearly (x from 0 to 2 over a second)
+// and a rotation angle animated by STEP (0, then 90 degrees about z at 1).
+const std::string kAnimatedNode = oxtest::Collada(R"(<library_animations><animation id="m">
+  <source id="t"><float_array id="t-a" count="2">0 1</float_array>
+   <technique_common><accessor source="#t-a" count="2"/></technique_common></source>
+  <source id="x"><float_array id="x-a" count="2">0 2</float_array>
+   <technique_common><accessor source="#x-a" count="2"/></technique_common></source>
+  <source id="r"><float_array id="r-a" count="2">0 90</float_array>
+   <technique_common><accessor source="#r-a" count="2"/></technique_common></source>
+  <source id="lin"><Name_array id="lin-a" count="2">LINEAR LINEAR</Name_array>
+   <technique_common><accessor source="#lin-a" count="2"/></technique_common></source>
+  <source id="step"><Name_array id="step-a" count="2">STEP STEP</Name_array>
+   <technique_common><accessor source="#step-a" count="2"/></technique_common></source>
+  <sampler id="sx"><input semantic="INPUT" source="#t"/><input semantic="OUTPUT" source="#x"/>
+   <input semantic="INTERPOLATION" source="#lin"/></sampler>
+  <sampler id="sr"><input semantic="INPUT" source="#t"/><input semantic="OUTPUT" source="#r"/>
+   <input semantic="INTERPOLATION" source="#step"/></sampler>
+  <channel source="#sx" target="a/t.X"/><channel source="#sr" target="a/r.ANGLE"/>
+  </animation></library_animations>
+  <library_visual_scenes><visual_scene id="vs"><node id="a">
+   <translate sid="t">0 5 0</translate><rotate sid="r">0 0 1 0</rotate>
+  </node></visual_scene></library_visual_scenes>)");
+
+}  // namespace
+
+TEST_XML(GltfConvert, AnimatedNodeIsSampledOnItsExactCurves, kAnimatedNode) {
+  ASSERT_EQ(rc, 0);
+  OxDAEConvert::oxGltfOptions options;
+  options.fps = 4;
+  log.Clear();
+  ASSERT_EQ(OxDAEConvert::ConvertToGltf(document, out.Path(), options), 0);
+  EXPECT_EQ(log.entries, oxtest::kNoLog);
+  gltf = json::parse(oxtest::ReadFile(out.Path()));
+  buffer = oxtest::ReadFile(std::filesystem::path(out.Path()).replace_extension(".bin").string());
+  const json& node = gltf["nodes"][0];
+  EXPECT_EQ(node["translation"], json::parse("[0, 5, 0]"));
+  EXPECT_EQ(node["rotation"], json::parse("[0, 0, 0, 1]"));
+  EXPECT_FALSE(node.contains("matrix"));
+  const json& animation = gltf["animations"][0];
+  ASSERT_EQ(animation["channels"].size(), 3u);
+  EXPECT_EQ(animation["channels"][0]["target"],
+            json::parse(R"({"node": 0, "path": "translation"})"));
+  const json& translation = animation["samplers"][0];
+  EXPECT_EQ(translation["interpolation"], "LINEAR");
+  EXPECT_EQ(Read(translation["input"]), (Numbers{0, 0.25, 0.5, 0.75, 1}));
+  EXPECT_EQ(Read(translation["output"]),
+            (Numbers{0, 5, 0, 0.5, 5, 0, 1, 5, 0, 1.5, 5, 0, 2, 5, 0}));
+  // STEP: no turn until the second key, then a quarter turn about z.
+  const Numbers rotations = Read(animation["samplers"][1]["output"]);
+  ASSERT_EQ(rotations.size(), 20u);
+  EXPECT_EQ((Numbers(rotations.begin() + 12, rotations.begin() + 16)), (Numbers{0, 0, 0, 1}));
+  EXPECT_NEAR(rotations[18], std::sqrt(0.5), 1e-6);
+  EXPECT_NEAR(rotations[19], std::sqrt(0.5), 1e-6);
+  std::remove(std::filesystem::path(out.Path()).replace_extension(".bin").string().c_str());
+}
+
+TEST_XML(GltfConvert, CamerasAndLightsBecomeGltfOnes, oxtest::Collada(R"(<library_cameras>
+  <camera id="wide"><optics><technique_common><perspective>
+   <xfov>90</xfov><aspect_ratio>2</aspect_ratio><znear>0</znear><zfar>100</zfar>
+  </perspective></technique_common></optics></camera>
+  <camera id="plan"><optics><technique_common><orthographic>
+   <ymag>5</ymag><aspect_ratio>2</aspect_ratio><znear>1</znear><zfar>50</zfar>
+  </orthographic></technique_common></optics></camera></library_cameras>
+  <library_lights>
+  <light id="bulb"><technique_common><point><color>2 1 0.5</color></point></technique_common></light>
+  <light id="spot"><technique_common><spot><color>1 1 1</color>
+   <constant_attenuation>0</constant_attenuation><quadratic_attenuation>1</quadratic_attenuation>
+   <falloff_angle>60</falloff_angle></spot></technique_common></light>
+  <light id="sky"><technique_common><ambient><color>1 1 1</color></ambient></technique_common></light>
+  </library_lights><library_visual_scenes><visual_scene id="vs">
+  <node id="eye"><lookat>0 0 10 0 0 0 0 1 0</lookat><instance_camera url="#wide"/>
+   <instance_camera url="#plan"/></node>
+  <node id="lamps"><instance_light url="#bulb"/><instance_light url="#spot"/>
+   <instance_light url="#sky"/></node>
+  </visual_scene></library_visual_scenes>)")) {
+  Convert();
+  EXPECT_EQ(
+      log.entries,
+      (std::vector{oxtest::Warning("camera 'wide' has no positive near plane, which glTF requires; "
+                                   "0.01 is written"),
+                   oxtest::Warning("light 'bulb': its attenuation (constant 1, linear 0, quadratic "
+                                   "0) is not carried over; glTF lights fall off with the inverse "
+                                   "square"),
+                   oxtest::Warning("light 'sky' is ambient, which glTF lights are not; it is left "
+                                   "out")}));
+  const json& wide = gltf["cameras"][0];
+  EXPECT_EQ(wide["type"], "perspective");
+  // 2 atan(tan(45 degrees) / 2)
+  EXPECT_NEAR(wide["perspective"]["yfov"].get<double>(), 2 * std::atan(0.5), 1e-7);
+  EXPECT_EQ(wide["perspective"]["znear"], 0.01);
+  EXPECT_EQ(gltf["cameras"][1]["orthographic"],
+            json::parse(R"({"xmag": 10, "ymag": 5, "znear": 1, "zfar": 50})"));
+  // Looking down -z from (0, 0, 10) at the origin: no turn at all.
+  const json& eye = gltf["nodes"][1];
+  EXPECT_EQ(eye["matrix"], json::parse("[1,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,10,1]"));
+  EXPECT_EQ(eye["camera"], 0);
+  EXPECT_EQ(gltf["nodes"][0]["camera"], 1);
+  const json& lights = gltf["extensions"]["KHR_lights_punctual"]["lights"];
+  ASSERT_EQ(lights.size(), 2u);
+  EXPECT_EQ(lights[0], json::parse(R"({"intensity": 2, "color": [1, 0.5, 0.25], "type": "point",
+                                       "name": "bulb"})"));
+  EXPECT_NEAR(lights[1]["spot"]["outerConeAngle"].get<double>(), 3.14159265358979 / 6, 1e-7);
+  EXPECT_EQ(gltf["extensionsUsed"], json::parse(R"(["KHR_lights_punctual"])"));
+}

@@ -27,6 +27,8 @@ struct oxGltfOptions {
   // The id of the visual scene to convert; empty for the one <scene>
   // instances, else the first.
   std::string scene;
+  // Samples per second of the animations that are sampled (30).
+  double fps = 30.0;
 };
 
 // The visual scene with id `id`, or for an empty id the one <scene>

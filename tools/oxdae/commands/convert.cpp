@@ -1,4 +1,4 @@
-// oxdae convert IN OUT [--scene ID]: writes the document as glTF 2.0, a
+// oxdae convert IN OUT [--scene ID] [--fps N]: writes the document as glTF 2.0, a
 // .glb (one file, pictures inside) or a .gltf (JSON with a .bin beside it,
 // pictures referenced). What glTF or the converter cannot carry over is
 // named in warnings on standard error.
@@ -17,6 +17,7 @@ struct ConvertOptions {
   std::string in;
   std::string out;
   std::string scene;
+  double fps = 30.0;
 };
 
 int RunConvert(const ConvertOptions& options) {
@@ -25,6 +26,7 @@ int RunConvert(const ConvertOptions& options) {
   if (!LoadDocument(document, options.in, log)) return kExitFailure;
   OxDAEConvert::oxGltfOptions gltf;
   gltf.scene = options.scene;
+  gltf.fps = options.fps;
   return Attempt(log, options.in, "converted",
                  [&] { return OxDAEConvert::ConvertToGltf(document, options.out, gltf); })
              ? kExitOK
@@ -46,6 +48,11 @@ Command AddConvert(CLI::App& tool) {
                    ? std::string()
                    : std::string("OUT must end in .gltf or .glb");
       });
+  command
+      ->add_option("--fps", options->fps,
+                   "samples per second of the animations (default 30); their keys are always "
+                   "sampled")
+      ->check(CLI::Range(1.0, 10000.0));
   command->add_option(
       "--scene", options->scene,
       "the id of the visual scene (default: the one <scene> names, else the first)");

@@ -61,10 +61,16 @@ void AppendPart(std::string& out, T value) {
   char buf[24];
   out.append(buf, static_cast<size_t>(std::to_chars(buf, buf + sizeof buf, value).ptr - buf));
 }
+// Without this overload a float would convert to char.
+template <std::floating_point T>
+void AppendPart(std::string& out, T value) {
+  char buf[32];
+  out.append(buf, static_cast<size_t>(std::to_chars(buf, buf + sizeof buf, value).ptr - buf));
+}
 }  // namespace Detail
 
-// Joins texts, characters and integers into one string, for messages and
-// registry keys.
+// Joins texts, characters, integers and floating-point numbers (in their
+// shortest exact form) into one string, for messages and registry keys.
 template <class... Parts>
 oxString oxConcat(const Parts&... parts) {
   oxString out;

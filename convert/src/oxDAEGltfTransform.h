@@ -1,0 +1,61 @@
+// Node transforms for glTF: local matrices (a <lookat> placed as glTF
+// places cameras), the channels that animate a node's transforms evaluated
+// on their exact curves, and the split of a matrix into translation,
+// rotation and scale.
+#pragma once
+
+#include <array>
+#include <map>
+#include <optional>
+#include <vector>
+
+#include <oxDAEConvert/oxDAECurve.h>
+#include <oxDAEReadWrite/oxDAEElements_Main_Node.h>
+#include <oxDAEReadWrite/oxDAEReadWrite_File.h>
+
+namespace OxDAEConvert {
+
+// The node's local matrix: each transform's matrix in document order, as
+// COLLADA defines them: a rotation about a zero axis is no rotation, and a
+// <lookat> looks down its -Z axis from the eye at the interest point (a
+// skew is left out, as the document tree leaves it).
+OxMath::oxMatrix44 LocalMatrix(const OxDAEReader::oxDAENode& node);
+
+// One channel driving one transform: the whole value (member -1) or one
+// float of it, in the order the transform's text lists them.
+struct oxTransformChannel {
+  const OxDAEReader::oxDAEHierarchyElement::TransformElement* transform = nullptr;
+  int member = -1;
+  oxDAECurve curve;
+};
+
+// The channels that drive a node's transforms.
+struct oxNodeAnimation {
+  std::vector<oxTransformChannel> channels;
+  float start = 0.0f;
+  float end = 0.0f;
+  // Every key time of the channels, sorted, without repeats.
+  std::vector<float> keyTimes;
+};
+
+// The bound channels of `document` that drive node transforms, by node.
+// Channels that drive anything else (a material parameter, a morph weight)
+// are counted in `others`.
+std::map<const OxDAEReader::oxDAENode*, oxNodeAnimation> CollectNodeAnimations(
+    const OxDAEReader::oxDAEFile& document, size_t& others);
+
+// The node's local matrix at `time`, its driven transforms evaluated on the
+// exact curves of `animation`.
+OxMath::oxMatrix44 LocalMatrixAt(const OxDAEReader::oxDAENode& node,
+                                 const oxNodeAnimation& animation, float time);
+
+// A matrix split into translation, rotation (a unit quaternion x, y, z, w)
+// and scale; null when it does not split (a projection, or a zero scale).
+struct oxTRS {
+  std::array<double, 3> translation = {0, 0, 0};
+  std::array<double, 4> rotation = {0, 0, 0, 1};
+  std::array<double, 3> scale = {1, 1, 1};
+};
+std::optional<oxTRS> Decompose(const OxMath::oxMatrix44& matrix);
+
+}  // namespace OxDAEConvert
