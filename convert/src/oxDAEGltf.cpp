@@ -1,6 +1,7 @@
 #include "oxDAEConvert/oxDAEGltf.h"
 
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -32,6 +33,16 @@ constexpr double kMostFrames = 100000;
 std::string NameOf(const oxDAEElement& element) {
   if (!element.name.empty()) return std::string(element.name);
   return std::string(element.id);
+}
+
+// The double nearest to the float's shortest text (0.01f as 0.01), for
+// values a document wrote in decimal.
+double Decimal(float value) {
+  char text[32];
+  const auto end = std::to_chars(text, text + sizeof text, value).ptr;
+  double result = value;
+  std::from_chars(text, end, result);
+  return result;
 }
 
 bool IsIdentity(const OxMath::oxMatrix44& m) {
@@ -85,8 +96,12 @@ std::string RelativeURI(const std::filesystem::path& folder, const std::string& 
 
 class Converter {
  public:
-  Converter(const oxDAEFile& document, const std::string& path, double fps)
-      : m_document(document), m_path(path), m_binary(path.ends_with(".glb")), m_fps(fps) {}
+  Converter(const oxDAEFile& document, const std::string& path, const oxGltfOptions& options)
+      : m_document(document),
+        m_path(path),
+        m_binary(path.ends_with(".glb")),
+        m_options(options),
+        m_fps(options.fps > 0 ? options.fps : 30.0) {}
 
   int Run(const oxDAEVisualScene& scene) {
     size_t others = 0;
@@ -98,9 +113,14 @@ class Converter {
                       "rotate, scale or matrix (a material parameter, a morph weight); they are "
                       "left out"));
     }
+    CollectSceneNodes(scene);
     Json roots = Json::array();
     for (const oxDAENode* node : scene.nodes)
       roots.push_back(ConvertNode(*node, 0));
+    for (const size_t extra : m_extraRoots)
+      roots.push_back(extra);
+    FinishSkins();
+    roots = PlaceRoots(std::move(roots));
     Json gltfScene = {{"nodes", roots}};
     if (!scene.name.empty() || !scene.id.empty()) gltfScene["name"] = NameOf(scene);
     m_gltf.Add("scenes", std::move(gltfScene));
@@ -144,8 +164,47 @@ class Converter {
     if (!children.empty()) gltfNode["children"] = children;
     const bool animated = gltfNode.contains("rotation");
     const size_t index = m_gltf.Add("nodes", std::move(gltfNode));
+    m_nodeIndex.try_emplace(&node, index);
     if (animated) m_animatedNodes[&node].push_back(index);
     return index;
+  }
+
+  // The scene's root nodes under one node that turns the document's up axis
+  // to +Y and scales its unit to meters, as far as the options ask; the
+  // roots themselves when nothing is to change.
+  Json PlaceRoots(Json roots) {
+    const oxDAEColladaElement* root = m_document.GetRoot();
+    const oxDAEAssetElement* asset = root ? root->asset : nullptr;
+    const std::string up = asset ? std::string(asset->upAxis) : "Y_UP";
+    const double meter = asset && asset->unitMeter > 0 ? Decimal(asset->unitMeter) : 1.0;
+    const std::string unit = asset ? std::string(asset->unitName) : "meter";
+    const bool turn = up != "Y_UP" && m_options.yUp;
+    const bool scale = meter != 1.0 && m_options.meters;
+    if (up != "Y_UP" && !turn) {
+      OX_LOG(OxKernel::kLogWarning,
+             oxConcat("the document's up axis is ", up,
+                      " and glTF's is +Y; the axes are kept as they are (--y-up turns them)"));
+    }
+    if (meter != 1.0 && !scale) {
+      OX_LOG(OxKernel::kLogWarning,
+             oxConcat("the document's unit is the ", unit, " (", meter,
+                      " m) and glTF's the meter; lengths are kept as they are (--meters "
+                      "scales them)"));
+    }
+    if (!turn && !scale) return roots;
+    const double s = scale ? meter : 1.0;
+    // Columns of the turn: Z_UP sends z to y and y to -z, X_UP sends x to y
+    // and y to -x.
+    std::vector<double> matrix = {s, 0, 0, 0, 0, s, 0, 0, 0, 0, s, 0, 0, 0, 0, 1};
+    if (turn && up == "Z_UP") matrix = {s, 0, 0, 0, 0, 0, -s, 0, 0, s, 0, 0, 0, 0, 0, 1};
+    if (turn && up == "X_UP") matrix = {0, s, 0, 0, -s, 0, 0, 0, 0, 0, s, 0, 0, 0, 0, 1};
+    if (turn) OX_LOG(OxKernel::kLogInfo, oxConcat("turned from ", up, " to +Y up at the root"));
+    if (scale) {
+      OX_LOG(OxKernel::kLogInfo,
+             oxConcat("scaled from the ", unit, " (", meter, " m) to meters at the root"));
+    }
+    return Json::array({m_gltf.Add(
+        "nodes", {{"name", "COLLADA root"}, {"matrix", matrix}, {"children", std::move(roots)}})});
   }
 
   // An animated node's static transform as translation, rotation and scale
@@ -252,6 +311,10 @@ class Converter {
       } else {
         children.push_back(m_gltf.Add("nodes", {{"mesh", mesh}}));
       }
+      return;
+    }
+    if (const auto* controller = oxDAEInstanceController::DynamicCast(&instance)) {
+      if (!ConvertController(*controller, node, children)) ++m_leftOut["<instance_controller>"];
       return;
     }
     if (instance.kind == EToken::NODE) {
@@ -411,28 +474,271 @@ class Converter {
     return light;
   }
 
+  // A skin controller's instance: its geometry skinned to the joints its
+  // skeletons hold, as the node's mesh (or a child's) with a glTF skin.
+  // False, after a warning, when it cannot be: then the caller counts it.
+  bool ConvertController(const oxDAEInstanceController& instance, Json& node, Json& children) {
+    // The url resolves even where a skeleton did not (the module stops at
+    // the first skeleton it cannot find).
+    const auto* controller = oxDAEController::DynamicCast(
+        instance.target ? instance.target : m_document.ResolveURI(instance.url));
+    if (!controller) return false;
+    const std::string name = oxConcat("controller '", NameOf(*controller), "'");
+    const oxDAESkin* skin = controller->skin;
+    const oxDAEMorph* morph = skin ? skin->sourceMorph : controller->morph;
+    const oxDAEGeometry* geometry = skin && skin->sourceGeometry
+                                        ? skin->sourceGeometry
+                                        : (morph ? morph->sourceGeometry : nullptr);
+    if (!geometry) {
+      OX_LOG(OxKernel::kLogWarning, name + " deforms no geometry; it is left out");
+      return true;
+    }
+    oxGltfMorphing morphing;
+    std::vector<float> weights;
+    if (morph) MorphingFor(*morph, morphing, weights, name);
+    const oxGltfMorphing* targets = morphing.targets.empty() ? nullptr : &morphing;
+    if (!skin) {
+      const std::vector<oxGltfPrimitive> primitives =
+          ConvertGeometry(*geometry, m_gltf, nullptr, targets);
+      const long mesh = MeshOf(*geometry, primitives, instance.bindMaterial, nullptr, weights);
+      if (mesh < 0) return true;
+      Json& holder = node.contains("mesh") ? AddChildNode(children) : node;
+      holder["mesh"] = mesh;
+      return true;
+    }
+    std::vector<const oxDAENode*> joints;
+    oxGltfSkinning skinning;
+    if (!FindJoints(*skin, instance, joints, name) || !BuildSkinning(*skin, skinning, name)) {
+      // Without its joints the geometry is still drawn, unskinned.
+      const long mesh = MeshFor(*geometry, instance.bindMaterial);
+      if (mesh < 0) return true;
+      Json& holder = node.contains("mesh") ? AddChildNode(children) : node;
+      holder["mesh"] = mesh;
+      return true;
+    }
+    const std::vector<oxGltfPrimitive> primitives =
+        ConvertGeometry(*geometry, m_gltf, &skinning, targets);
+    const long mesh = MeshOf(*geometry, primitives, instance.bindMaterial, nullptr, weights);
+    if (mesh < 0) return true;
+    const size_t skinIndex =
+        m_gltf.Add("skins", {{"inverseBindMatrices", InverseBindMatrices(*skin, joints.size())}});
+    m_pendingSkins.push_back({skinIndex, joints});
+    // glTF places a skinned mesh by its joints alone: a node of its own at
+    // the scene's root keeps parent transforms from seeming to apply.
+    Json skinned = {{"mesh", mesh}, {"skin", skinIndex}};
+    if (!NameOf(*controller).empty()) skinned["name"] = NameOf(*controller);
+    m_extraRoots.push_back(m_gltf.Add("nodes", std::move(skinned)));
+    return true;
+  }
+
+  // The targets of a morph: the geometries its MORPH_TARGET source names
+  // (a name that is no geometry with a mesh is left out, with its weight,
+  // after a warning) and their MORPH_WEIGHT weights.
+  void MorphingFor(const oxDAEMorph& morph, oxGltfMorphing& morphing, std::vector<float>& weights,
+                   const std::string& name) {
+    morphing.relative = morph.method == "RELATIVE";
+    const oxDAEInputElement* targetInput = morph.GetInput("MORPH_TARGET");
+    const oxDAEInputElement* weightInput = morph.GetInput("MORPH_WEIGHT");
+    const oxDAEAccessor* targets = targetInput ? targetInput->GetCommonAccessor() : nullptr;
+    const oxDAEAccessor* weightAccessor = weightInput ? weightInput->GetCommonAccessor() : nullptr;
+    const size_t count = targets && targets->source ? targets->source->strings.size() : 0;
+    for (size_t i = 0; i < count; ++i) {
+      const std::string_view id = targets->source->strings[i].View();
+      const auto* geometry =
+          oxDAEGeometry::DynamicCast(m_document.ResolveURI(oxString(oxConcat("#", id))));
+      const oxDAEInputElement* position = geometry && geometry->mesh && geometry->mesh->vertices
+                                              ? geometry->mesh->vertices->GetInput("POSITION")
+                                              : nullptr;
+      if (!position || !position->GetCommonAccessor()) {
+        OX_LOG(OxKernel::kLogWarning, oxConcat(name, ": its morph target '", id,
+                                               "' is no geometry with positions; it is left out"));
+        continue;
+      }
+      morphing.targets.push_back(position->GetCommonAccessor());
+      weights.push_back(weightAccessor ? weightAccessor->GetFloatValue(static_cast<unsigned int>(i))
+                                       : 0.0f);
+    }
+  }
+
+  // The joint nodes a skin's JOINT source names, in its order: by sid below
+  // the instance's skeleton nodes, else by id, else by sid anywhere in the
+  // scene. False, after a warning, when one is not found.
+  bool FindJoints(const oxDAESkin& skin, const oxDAEInstanceController& instance,
+                  std::vector<const oxDAENode*>& joints, const std::string& name) {
+    const oxDAEInputElement* input = skin.joints ? skin.joints->GetInput("JOINT") : nullptr;
+    const oxDAEAccessor* accessor = input ? input->GetCommonAccessor() : nullptr;
+    const size_t count = accessor && accessor->source ? accessor->source->strings.size() : 0;
+    if (count == 0) {
+      OX_LOG(OxKernel::kLogWarning, name + " names no joints; it is left out");
+      return false;
+    }
+    for (size_t i = 0; i < count; ++i) {
+      const std::string_view joint = accessor->source->strings[i].View();
+      const oxDAENode* found = nullptr;
+      for (const oxDAENode* root : instance.skeletonNodes) {
+        if ((found = FindNode(*root, joint))) break;
+      }
+      if (!found)
+        found = oxDAENode::DynamicCast(m_document.ResolveURI(oxString(oxConcat("#", joint))));
+      if (!found) found = FindInScene(joint);
+      if (!found || !m_sceneNodes.contains(found)) {
+        OX_LOG(OxKernel::kLogWarning, oxConcat(name, ": its joint '", joint,
+                                               "' is no node of the scene; the skin is left out"));
+        return false;
+      }
+      joints.push_back(found);
+    }
+    return true;
+  }
+
+  // The node below `root` (itself included) whose sid, else id, is `name`.
+  static const oxDAENode* FindNode(const oxDAENode& root, std::string_view name) {
+    std::vector<const oxDAENode*> pending = {&root};
+    while (!pending.empty()) {
+      const oxDAENode* node = pending.back();
+      pending.pop_back();
+      if (node->sid.View() == name || node->id.View() == name) return node;
+      pending.insert(pending.end(), node->nodes.begin(), node->nodes.end());
+    }
+    return nullptr;
+  }
+
+  const oxDAENode* FindInScene(std::string_view name) const {
+    for (const oxDAENode* node : m_sceneNodes) {
+      if (node->sid.View() == name || node->name.View() == name) return node;
+    }
+    return nullptr;
+  }
+
+  // The influences of every COLLADA vertex as glTF joint numbers (the
+  // JOINT source's order); influences of the bind shape (joint -1) are
+  // counted in a warning and left out.
+  bool BuildSkinning(const oxDAESkin& skin, oxGltfSkinning& skinning, const std::string& name) {
+    skinning.bindShape = skin.bindShapeMatrix;
+    OxKernel::oxArray<oxDAEVertexWeights::Influence> influences;
+    OxKernel::oxArray<size_t> first;
+    if (!skin.vertexWeights ||
+        skin.vertexWeights->GetInfluences(influences, first) == kDAENoValue) {
+      OX_LOG(OxKernel::kLogWarning, name + " has no joint weights to read; it is left out");
+      return false;
+    }
+    size_t bindShape = 0;
+    for (size_t k = 0; k + 1 < first.size(); ++k) {
+      auto& vertex = skinning.influences.emplace_back();
+      for (size_t i = first[k]; i < first[k + 1]; ++i) {
+        const auto& influence = influences[i];
+        if (!(influence.weight > 0)) continue;
+        if (influence.joint < 0 || influence.joint > 0xFFFF) {
+          ++bindShape;
+          continue;
+        }
+        // A joint named twice for one vertex counts once, with both weights.
+        const auto joint = static_cast<uint16_t>(influence.joint);
+        const auto same = std::find_if(vertex.begin(), vertex.end(),
+                                       [joint](const auto& entry) { return entry.first == joint; });
+        if (same != vertex.end()) {
+          same->second += influence.weight;
+        } else {
+          vertex.emplace_back(joint, influence.weight);
+        }
+      }
+    }
+    if (bindShape > 0) {
+      OX_LOG(OxKernel::kLogWarning,
+             oxConcat(name, ": ", bindShape,
+                      " influences bind to the bind shape (joint -1), which glTF cannot; they are "
+                      "left out"));
+    }
+    return true;
+  }
+
+  // The INV_BIND_MATRIX source as glTF matrices (the text lists rows of
+  // column-vector matrices; glTF wants columns), one per joint; identities
+  // for joints it does not reach.
+  size_t InverseBindMatrices(const oxDAESkin& skin, size_t joints) {
+    const oxDAEInputElement* input =
+        skin.joints ? skin.joints->GetInput("INV_BIND_MATRIX") : nullptr;
+    const oxDAEAccessor* accessor = input ? input->GetCommonAccessor() : nullptr;
+    std::vector<float> matrices;
+    for (size_t j = 0; j < joints; ++j) {
+      for (int c = 0; c < 4; ++c) {
+        for (int r = 0; r < 4; ++r) {
+          const bool held = accessor && accessor->source &&
+                            (accessor->offset + j + 1) * 16 <= accessor->source->floats.size();
+          matrices.push_back(held
+                                 ? accessor->source->floats[(accessor->offset + j) * 16 + 4 * r + c]
+                                 : (r == c ? 1.0f : 0.0f));
+        }
+      }
+    }
+    return m_gltf.AddFloats(matrices, "MAT4", 0, false);
+  }
+
+  // Fills in the joints of every skin once every node has its glTF index.
+  void FinishSkins() {
+    for (const auto& [skin, joints] : m_pendingSkins) {
+      Json indices = Json::array();
+      for (const oxDAENode* joint : joints)
+        indices.push_back(m_nodeIndex.at(joint));
+      m_gltf.Root()["skins"][skin]["joints"] = std::move(indices);
+    }
+  }
+
+  // Every node the scene draws, instanced nodes included.
+  void CollectSceneNodes(const oxDAEVisualScene& scene) {
+    std::vector<std::pair<const oxDAENode*, int>> pending;
+    for (const oxDAENode* node : scene.nodes)
+      pending.emplace_back(node, 0);
+    while (!pending.empty()) {
+      const auto [node, depth] = pending.back();
+      pending.pop_back();
+      if (!m_sceneNodes.insert(node).second) continue;
+      for (const oxDAENode* child : node->nodes)
+        pending.emplace_back(child, depth);
+      for (const oxDAEInstance* instance : node->instances) {
+        const auto* target = oxDAENode::DynamicCast(instance->target);
+        if (instance->kind == EToken::NODE && target && depth < kMostInstanceDepth)
+          pending.emplace_back(target, depth + 1);
+      }
+    }
+  }
+
   // The glTF mesh of `geometry` with its materials bound by `binding`; -1
   // for a geometry with nothing to draw.
   long MeshFor(const oxDAEGeometry& geometry, const oxDAEBindMaterial* binding) {
     auto [primitives, added] = m_geometries.try_emplace(&geometry);
     if (added) primitives->second = ConvertGeometry(geometry, m_gltf);
-    if (primitives->second.empty()) return -1;
+    return MeshOf(geometry, primitives->second, binding, &m_meshes);
+  }
+
+  // A glTF mesh of `primitives` with materials bound by `binding`, shared
+  // through `cache` (by geometry and materials) when there is one; -1 when
+  // there is nothing to draw.
+  long MeshOf(const oxDAEGeometry& geometry, const std::vector<oxGltfPrimitive>& primitives,
+              const oxDAEBindMaterial* binding,
+              std::map<std::pair<const oxDAEGeometry*, std::vector<long>>, long>* cache,
+              const std::vector<float>& weights = {}) {
+    if (primitives.empty()) return -1;
     Json gltfPrimitives = Json::array();
     std::vector<long> materials;
-    for (const oxGltfPrimitive& primitive : primitives->second) {
+    for (const oxGltfPrimitive& primitive : primitives) {
       Json p = {{"attributes", primitive.attributes}, {"indices", primitive.indices}};
       if (primitive.mode != 4) p["mode"] = primitive.mode;
+      if (!primitive.targets.is_null()) p["targets"] = primitive.targets;
       const long material = MaterialFor(primitive.symbol, binding);
       if (material >= 0) p["material"] = material;
       materials.push_back(material);
       gltfPrimitives.push_back(std::move(p));
     }
     const auto key = std::make_pair(&geometry, materials);
-    if (const auto it = m_meshes.find(key); it != m_meshes.end()) return it->second;
+    if (cache) {
+      if (const auto it = cache->find(key); it != cache->end()) return it->second;
+    }
     Json mesh = {{"primitives", std::move(gltfPrimitives)}};
+    if (!weights.empty()) mesh["weights"] = weights;
     if (const std::string name = NameOf(geometry); !name.empty()) mesh["name"] = name;
     const long index = static_cast<long>(m_gltf.Add("meshes", std::move(mesh)));
-    m_meshes.emplace(key, index);
+    if (cache) cache->emplace(key, index);
     return index;
   }
 
@@ -605,10 +911,21 @@ class Converter {
   std::map<std::pair<const oxDAEGeometry*, std::vector<long>>, long> m_meshes;
   std::map<const oxDAEMaterial*, long> m_materials;
   std::map<const oxDAEImage*, long> m_textures;
+  oxGltfOptions m_options;
   double m_fps = 30.0;
   std::map<const oxDAENode*, oxNodeAnimation> m_animations;
   // The glTF nodes of each animated node (one per place it is instanced).
   std::map<const oxDAENode*, std::vector<size_t>> m_animatedNodes;
+  std::set<const oxDAENode*> m_sceneNodes;
+  // The first glTF node of each node, which skins name as their joint.
+  std::map<const oxDAENode*, size_t> m_nodeIndex;
+  struct PendingSkin {
+    size_t skin;
+    std::vector<const oxDAENode*> joints;
+  };
+  std::vector<PendingSkin> m_pendingSkins;
+  // Nodes of skinned meshes, placed at the scene's root.
+  std::vector<size_t> m_extraRoots;
   std::map<const oxDAECamera*, long> m_cameras;
   std::map<const oxDAELight*, long> m_lights;
   std::map<std::string, size_t> m_leftOut;
@@ -642,7 +959,7 @@ int ConvertToGltf(const oxDAEFile& document, const std::string& path,
                                     : oxConcat("no visual scene with id '", options.scene, "'"));
     return kGltfNoScene;
   }
-  return Converter(document, path, options.fps > 0 ? options.fps : 30.0).Run(*scene);
+  return Converter(document, path, options).Run(*scene);
 }
 
 }  // namespace OxDAEConvert

@@ -25,7 +25,7 @@ namespace {
 // time quadratic in the corners.
 constexpr size_t kMostClippedCorners = 256;
 
-enum class Kind { Position, Normal, Texcoord, Color };
+enum class Kind { Position, Normal, Texcoord, Color, Tangent, Binormal };
 
 // One attribute of a primitive's vertices: where its index sits in a
 // tuple and the source records it indexes.
@@ -55,6 +55,33 @@ std::string GeometryName(const oxDAEGeometry& geometry) {
   return geometry.id.empty() ? std::string("(no id)") : std::string(geometry.id);
 }
 
+using Inputs = std::map<std::pair<int, uint32_t>, std::pair<const oxDAEInputElement*, uint32_t>>;
+
+// glTF's one TANGENT, from the first tangent input (texture-space before
+// geometric, lowest set first), with the binormal of its kind and set to
+// give its sign. It needs a NORMAL; the other tangent and binormal inputs
+// are named as dropped.
+void AddTangent(std::vector<Channel>& channels, const Inputs& tangents, const Inputs& binormals,
+                std::set<std::string>& dropped) {
+  const bool normal = std::any_of(channels.begin(), channels.end(),
+                                  [](const Channel& c) { return c.kind == Kind::Normal; });
+  bool used = false;
+  for (const auto& [key, entry] : tangents) {
+    if (used || !normal) {
+      dropped.insert(std::string(entry.first->semantic) + " (set " + std::to_string(key.second) +
+                     (normal ? ")" : ", without NORMAL)"));
+      continue;
+    }
+    used = true;
+    channels.push_back(
+        {"TANGENT", Kind::Tangent, entry.second, entry.first->GetCommonAccessor(), 4});
+    if (const auto binormal = binormals.find(key); binormal != binormals.end()) {
+      channels.push_back({"", Kind::Binormal, binormal->second.second,
+                          binormal->second.first->GetCommonAccessor(), 3});
+    }
+  }
+}
+
 // The channels of `primitive`, VERTEX expanded into the <vertices> inputs,
 // named by their glTF attribute; TEXCOORD sets numbered in set order.
 // Inputs glTF has no attribute for are added to `dropped`.
@@ -72,6 +99,9 @@ std::vector<Channel> ChannelsOf(const oxDAEMeshPrimitive& primitive,
   }
   std::vector<Channel> channels;
   std::map<uint32_t, const oxDAEInputElement*> texcoords;
+  // Texture-space tangents and binormals (else the geometric ones), by set.
+  Inputs tangents;
+  Inputs binormals;
   bool color = false;
   for (const auto& [input, offset] : inputs) {
     const std::string_view semantic = input->semantic.View();
@@ -82,6 +112,10 @@ std::vector<Channel> ChannelsOf(const oxDAEMeshPrimitive& primitive,
                           3});
     } else if (semantic == "TEXCOORD") {
       texcoords.emplace(input->set, input);
+    } else if (semantic == "TEXTANGENT" || semantic == "TANGENT") {
+      tangents.try_emplace({semantic == "TANGENT", input->set}, input, offset);
+    } else if (semantic == "TEXBINORMAL" || semantic == "BINORMAL") {
+      binormals.try_emplace({semantic == "BINORMAL", input->set}, input, offset);
     } else if (semantic == "COLOR" && !color) {
       color = true;
       channels.push_back(
@@ -90,6 +124,7 @@ std::vector<Channel> ChannelsOf(const oxDAEMeshPrimitive& primitive,
       dropped.insert(std::string(semantic));
     }
   }
+  AddTangent(channels, tangents, binormals, dropped);
   unsigned int set = 0;
   for (const auto& [number, input] : texcoords) {
     // A TEXCOORD inside <vertices> takes the VERTEX offset.
@@ -263,18 +298,167 @@ std::string Signature(const std::vector<Channel>& channels) {
   return key;
 }
 
+// Three floats of channel `c` of `vertex`; zeros for a missing index.
+Vec3 Read3(const Group& group, size_t c, const std::vector<int32_t>& vertex) {
+  if (c >= group.channels.size() || vertex[c] < 0) return {0, 0, 0};
+  const size_t record = static_cast<size_t>(vertex[c]);
+  const oxDAEAccessor* accessor = group.channels[c].accessor;
+  return {RecordFloat(accessor, record, 0), RecordFloat(accessor, record, 1),
+          RecordFloat(accessor, record, 2)};
+}
+
+Vec3 Normalised(Vec3 v) {
+  const double length = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
+  if (!(length > 0)) return {0, 0, 0};
+  return {v[0] / length, v[1] / length, v[2] / length};
+}
+
+// A glTF tangent: the tangent made perpendicular to the normal and of unit
+// length, and as w the side the binormal lies on (+1 when it agrees with
+// normal x tangent, or when there is no binormal).
+std::array<double, 4> Tangent(const Vec3& normal, const Vec3& tangent, const Vec3* binormal) {
+  const Vec3 n = Normalised(normal);
+  const double along = n[0] * tangent[0] + n[1] * tangent[1] + n[2] * tangent[2];
+  Vec3 t =
+      Normalised({tangent[0] - n[0] * along, tangent[1] - n[1] * along, tangent[2] - n[2] * along});
+  if (t == Vec3{0, 0, 0})
+    t = Normalised(std::abs(n[0]) < 0.9 ? Vec3{1 - n[0] * n[0], -n[0] * n[1], -n[0] * n[2]}
+                                        : Vec3{-n[1] * n[0], 1 - n[1] * n[1], -n[1] * n[2]});
+  if (t == Vec3{0, 0, 0}) t = {1, 0, 0};
+  double w = 1;
+  if (binormal) {
+    const Vec3 side = {n[1] * t[2] - n[2] * t[1], n[2] * t[0] - n[0] * t[2],
+                       n[0] * t[1] - n[1] * t[0]};
+    w = side[0] * (*binormal)[0] + side[1] * (*binormal)[1] + side[2] * (*binormal)[2] < 0 ? -1 : 1;
+  }
+  return {t[0], t[1], t[2], w};
+}
+
+size_t ChannelOf(const Group& group, Kind kind) {
+  for (size_t c = 0; c < group.channels.size(); ++c) {
+    if (group.channels[c].kind == kind) return c;
+  }
+  return SIZE_MAX;
+}
+
+// `v` placed by the host-layout matrix `m`: as a point (with translation)
+// or as a direction (normalised again).
+Vec3 Place(const OxMath::oxMatrix44& m, const Vec3& v, bool point) {
+  Vec3 out;
+  for (int r = 0; r < 3; ++r)
+    out[r] = m.m[r] * v[0] + m.m[4 + r] * v[1] + m.m[8 + r] * v[2] + (point ? m.m[12 + r] : 0.0);
+  return point ? out : Normalised(out);
+}
+
+// Counts of what skinning had to leave out, for one warning each.
+struct SkinningLosses {
+  size_t beyondEight = 0;
+  size_t unweighted = 0;
+};
+
+// JOINTS_n and WEIGHTS_n of the group's vertices from the influences of
+// their POSITION records.
+void WriteSkinning(const Group& group, const oxGltfSkinning& skinning, Json& attributes,
+                   oxGltfBuilder& gltf, SkinningLosses& losses) {
+  constexpr size_t kMost = 8;
+  const size_t position = ChannelOf(group, Kind::Position);
+  std::vector<std::vector<std::pair<uint16_t, float>>> kept(group.vertices.size());
+  bool second = false;
+  for (size_t i = 0; i < group.vertices.size(); ++i) {
+    const int32_t record = group.vertices[i][position];
+    std::vector<std::pair<uint16_t, float>> all;
+    if (record >= 0 && static_cast<size_t>(record) < skinning.influences.size())
+      all = skinning.influences[static_cast<size_t>(record)];
+    std::stable_sort(all.begin(), all.end(),
+                     [](const auto& a, const auto& b) { return a.second > b.second; });
+    if (all.size() > kMost) {
+      ++losses.beyondEight;
+      all.resize(kMost);
+    }
+    double sum = 0;
+    for (const auto& [joint, weight] : all)
+      sum += weight;
+    if (!(sum > 0)) {
+      ++losses.unweighted;
+      all = {{0, 1.0f}};
+      sum = 1;
+    }
+    for (auto& entry : all)
+      entry.second = static_cast<float>(entry.second / sum);
+    second = second || all.size() > 4;
+    kept[i] = std::move(all);
+  }
+  for (size_t set = 0; set < (second ? 2u : 1u); ++set) {
+    std::vector<uint16_t> joints;
+    std::vector<float> weights;
+    for (const auto& influences : kept) {
+      for (size_t j = 4 * set; j < 4 * set + 4; ++j) {
+        joints.push_back(j < influences.size() ? influences[j].first : 0);
+        weights.push_back(j < influences.size() ? influences[j].second : 0.0f);
+      }
+    }
+    attributes["JOINTS_" + std::to_string(set)] = gltf.AddJoints(joints);
+    attributes["WEIGHTS_" + std::to_string(set)] =
+        gltf.AddFloats(weights, "VEC4", kGltfArrayBuffer, false);
+  }
+}
+
+// The morph targets of the group's vertices: per target, the offset of the
+// target's POSITION record from the base's (or the record itself for a
+// RELATIVE morph), at each vertex's POSITION record number.
+Json WriteTargets(const Group& group, const oxGltfMorphing& morphing,
+                  const oxGltfSkinning* skinning, oxGltfBuilder& gltf) {
+  const size_t position = ChannelOf(group, Kind::Position);
+  Json targets = Json::array();
+  for (const oxDAEAccessor* target : morphing.targets) {
+    std::vector<float> offsets;
+    for (const std::vector<int32_t>& vertex : group.vertices) {
+      const Vec3 base = morphing.relative ? Vec3{0, 0, 0} : Read3(group, position, vertex);
+      Vec3 moved = {0, 0, 0};
+      if (vertex[position] >= 0) {
+        const size_t record = static_cast<size_t>(vertex[position]);
+        moved = {RecordFloat(target, record, 0), RecordFloat(target, record, 1),
+                 RecordFloat(target, record, 2)};
+      }
+      Vec3 offset = {moved[0] - base[0], moved[1] - base[1], moved[2] - base[2]};
+      if (skinning) {
+        // An offset turns and scales with the bind shape but does not move.
+        Vec3 placed;
+        const float* m = skinning->bindShape.m;
+        for (int r = 0; r < 3; ++r)
+          placed[r] = m[r] * offset[0] + m[4 + r] * offset[1] + m[8 + r] * offset[2];
+        offset = placed;
+      }
+      offsets.insert(offsets.end(), offset.begin(), offset.end());
+    }
+    targets.push_back({{"POSITION", gltf.AddFloats(offsets, "VEC3", kGltfArrayBuffer, true)}});
+  }
+  return targets;
+}
+
 // Writes the group's attributes and indices; returns the attributes.
-Json WriteGroup(const Group& group, oxGltfBuilder& gltf) {
+Json WriteGroup(const Group& group, oxGltfBuilder& gltf, const oxGltfSkinning* skinning,
+                SkinningLosses& losses) {
   Json attributes = Json::object();
+  const size_t normal = ChannelOf(group, Kind::Normal);
+  const size_t binormal = ChannelOf(group, Kind::Binormal);
   for (size_t c = 0; c < group.channels.size(); ++c) {
     const Channel& channel = group.channels[c];
+    if (channel.kind == Kind::Binormal) continue;
     std::vector<float> values;
     values.reserve(group.vertices.size() * channel.width);
     for (const std::vector<int32_t>& vertex : group.vertices) {
       const size_t record = vertex[c] < 0 ? SIZE_MAX : static_cast<size_t>(vertex[c]);
       std::array<double, 4> v = {0, 0, 0, 1};
-      for (unsigned int j = 0; j < channel.width; ++j)
+      // A tangent's fourth float is its sign, made below.
+      const unsigned int read = channel.kind == Kind::Tangent ? 3 : channel.width;
+      for (unsigned int j = 0; j < read; ++j)
         v[j] = record == SIZE_MAX ? 0.0 : RecordFloat(channel.accessor, record, j);
+      if (skinning && channel.kind != Kind::Texcoord && channel.kind != Kind::Color) {
+        const Vec3 placed =
+            Place(skinning->bindShape, {v[0], v[1], v[2]}, channel.kind == Kind::Position);
+        std::copy(placed.begin(), placed.end(), v.begin());
+      }
       if (channel.kind == Kind::Normal) {
         const double length = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
         if (length > 0) {
@@ -289,6 +473,10 @@ Json WriteGroup(const Group& group, oxGltfBuilder& gltf) {
       } else if (channel.kind == Kind::Color) {
         for (unsigned int j = 0; j < channel.width; ++j)
           v[j] = std::clamp(v[j], 0.0, 1.0);
+      } else if (channel.kind == Kind::Tangent) {
+        const Vec3 b = Read3(group, binormal, vertex);
+        v = Tangent(Read3(group, normal, vertex), {v[0], v[1], v[2]},
+                    binormal == SIZE_MAX ? nullptr : &b);
       }
       for (unsigned int j = 0; j < channel.width; ++j)
         values.push_back(static_cast<float>(v[j]));
@@ -297,12 +485,15 @@ Json WriteGroup(const Group& group, oxGltfBuilder& gltf) {
     attributes[channel.name] =
         gltf.AddFloats(values, type, kGltfArrayBuffer, channel.kind == Kind::Position);
   }
+  if (skinning) WriteSkinning(group, *skinning, attributes, gltf, losses);
   return attributes;
 }
 
 }  // namespace
 
-std::vector<oxGltfPrimitive> ConvertGeometry(const oxDAEGeometry& geometry, oxGltfBuilder& gltf) {
+std::vector<oxGltfPrimitive> ConvertGeometry(const oxDAEGeometry& geometry, oxGltfBuilder& gltf,
+                                             const oxGltfSkinning* skinning,
+                                             const oxGltfMorphing* morphing) {
   if (!geometry.mesh) {
     OX_LOG(OxKernel::kLogWarning,
            OxKernel::oxConcat("geometry '", GeometryName(geometry),
@@ -343,19 +534,28 @@ std::vector<oxGltfPrimitive> ConvertGeometry(const oxDAEGeometry& geometry, oxGl
   }
   for (const std::string& semantic : dropped) {
     OX_LOG(OxKernel::kLogWarning,
-           OxKernel::oxConcat("geometry '", GeometryName(geometry), "': the input ", semantic,
-                              " has no glTF attribute; it is not converted"));
+           OxKernel::oxConcat("geometry '", GeometryName(geometry), "': its input ", semantic,
+                              " is not carried over"));
   }
   std::vector<oxGltfPrimitive> primitives;
+  SkinningLosses losses;
   for (const auto& key : order) {
     const Group& group = groups.at(key);
     oxGltfPrimitive primitive;
     primitive.symbol = std::get<0>(key);
     primitive.mode = std::get<1>(key);
-    primitive.attributes = WriteGroup(group, gltf);
+    primitive.attributes = WriteGroup(group, gltf, skinning, losses);
+    if (morphing) primitive.targets = WriteTargets(group, *morphing, skinning, gltf);
     primitive.indices = gltf.AddIndices(group.indices);
     primitives.push_back(std::move(primitive));
   }
+  const auto report = [&geometry](size_t count, std::string_view what) {
+    if (count == 0) return;
+    OX_LOG(OxKernel::kLogWarning, OxKernel::oxConcat("skinned geometry '", GeometryName(geometry),
+                                                     "': ", count, " vertices ", what));
+  };
+  report(losses.beyondEight, "have more than eight influences; the weakest are left out");
+  report(losses.unweighted, "have no weight on any joint; they follow the first joint");
   return primitives;
 }
 

@@ -80,6 +80,15 @@ size_t oxGltfBuilder::AddFloats(const std::vector<float>& values, const char* ty
   return Add("accessors", std::move(accessor));
 }
 
+size_t oxGltfBuilder::AddJoints(const std::vector<uint16_t>& joints) {
+  const size_t view =
+      AddBufferView(joints.data(), joints.size() * sizeof(uint16_t), kGltfArrayBuffer);
+  return Add("accessors", {{"bufferView", view},
+                           {"componentType", kGltfUnsignedShort},
+                           {"count", joints.size() / 4},
+                           {"type", "VEC4"}});
+}
+
 size_t oxGltfBuilder::AddIndices(const std::vector<uint32_t>& indices) {
   const size_t view =
       AddBufferView(indices.data(), indices.size() * sizeof(uint32_t), kGltfElementArrayBuffer);

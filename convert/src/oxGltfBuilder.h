@@ -39,6 +39,9 @@ class oxGltfBuilder {
   // "VEC3", ...) in a buffer view with `target` (0 for none), with min and
   // max when `bounds`; returns its index.
   size_t AddFloats(const std::vector<float>& values, const char* type, int target, bool bounds);
+  // A vertex accessor of joint numbers, four per vertex (unsigned shorts);
+  // returns its index.
+  size_t AddJoints(const std::vector<uint16_t>& joints);
   // An index accessor (unsigned ints); returns its index.
   size_t AddIndices(const std::vector<uint32_t>& indices);
   // An image embedded in the buffer with its MIME type; returns the image's

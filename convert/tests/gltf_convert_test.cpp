@@ -70,6 +70,12 @@ class GltfConvert : public oxtest::DocumentTest {
     return values;
   }
   const json& Primitive(size_t i) const { return gltf["meshes"][0]["primitives"][i]; }
+  // The attributes of the skinned mesh of a SkinnedDocument: its node is
+  // the third root.
+  const json& SkinnedAttributes() const {
+    const json& skinned = gltf["nodes"][gltf["scenes"][0]["nodes"][2].get<size_t>()];
+    return gltf["meshes"][skinned["mesh"].get<size_t>()]["primitives"][0]["attributes"];
+  }
 
   oxtest::TempFile out{"", ".gltf"};
   json gltf;
@@ -238,8 +244,8 @@ TEST_XML(GltfConvert, WhatIsLeftOutIsNamed,
                       </technique_common></optics></camera></library_cameras>)")) {
   Convert();
   EXPECT_EQ(log.entries,
-            std::vector{oxtest::Warning("geometry 'g': the input TEXTANGENT has no glTF attribute; "
-                                        "it is not converted")});
+            std::vector{oxtest::Warning(
+                "geometry 'g': its input TEXTANGENT (set 0, without NORMAL) is not carried over")});
 }
 
 TEST_XML(GltfConvert, UnknownSceneIsRefused, MeshDocument("0 0 0 1 0 0 0 1 0", "")) {
@@ -364,4 +370,232 @@ TEST_XML(GltfConvert, CamerasAndLightsBecomeGltfOnes, oxtest::Collada(R"(<librar
                                        "name": "bulb"})"));
   EXPECT_NEAR(lights[1]["spot"]["outerConeAngle"].get<double>(), 3.14159265358979 / 6, 1e-7);
   EXPECT_EQ(gltf["extensionsUsed"], json::parse(R"(["KHR_lights_punctual"])"));
+}
+
+namespace {
+
+const std::string kCentimetersZUp = oxtest::Collada(
+    R"(<asset><unit name="centimeter" meter="0.01"/><up_axis>Z_UP</up_axis></asset>
+    <library_visual_scenes><visual_scene id="vs"><node id="a"><translate>0 0 100</translate>
+    </node></visual_scene></library_visual_scenes>)");
+
+}  // namespace
+
+TEST_XML(GltfConvert, AxesAndUnitAreKeptAndNamed, kCentimetersZUp) {
+  Convert();
+  EXPECT_EQ(log.entries,
+            (std::vector{oxtest::Warning("the document's up axis is Z_UP and glTF's is +Y; the "
+                                         "axes are kept as they are (--y-up turns them)"),
+                         oxtest::Warning("the document's unit is the centimeter (0.01 m) and "
+                                         "glTF's the meter; lengths are kept as they are "
+                                         "(--meters scales them)")}));
+  EXPECT_EQ(gltf["scenes"][0]["nodes"], json::parse("[0]"));
+}
+
+// Z_UP sends z to y: the node 100 cm up lands 1 m up along +Y.
+TEST_XML(GltfConvert, YUpAndMetersTurnAndScaleAtTheRoot, kCentimetersZUp) {
+  ASSERT_EQ(rc, 0);
+  OxDAEConvert::oxGltfOptions options;
+  options.yUp = true;
+  options.meters = true;
+  log.Clear();
+  ASSERT_EQ(OxDAEConvert::ConvertToGltf(document, out.Path(), options), 0);
+  EXPECT_EQ(
+      log.entries,
+      (std::vector{oxtest::LogEntry{OxKernel::kLogInfo, "turned from Z_UP to +Y up at the root"},
+                   oxtest::LogEntry{OxKernel::kLogInfo,
+                                    "scaled from the centimeter (0.01 m) to meters at the "
+                                    "root"}}));
+  gltf = json::parse(oxtest::ReadFile(out.Path()));
+  const json& root = gltf["nodes"][gltf["scenes"][0]["nodes"][0].get<size_t>()];
+  EXPECT_EQ(root["name"], "COLLADA root");
+  EXPECT_EQ(root["children"], json::parse("[0]"));
+  const json& m = root["matrix"];
+  // The column-vector matrix times (0, 0, 100) gives (0, 1, 0).
+  const double y = m[4 * 2 + 1].get<double>() * 100;
+  const double z = m[4 * 2 + 2].get<double>() * 100;
+  EXPECT_NEAR(y, 1.0, 1e-9);
+  EXPECT_NEAR(z, 0.0, 1e-9);
+  EXPECT_NEAR(m[4 * 1 + 2].get<double>(), -0.01, 1e-12);
+}
+
+// Tangent (1 0 0) on normal (0 0 1): normal x tangent is (0 1 0), and the
+// binormal (0 -1 0) lies on the other side, so w is -1.
+TEST_XML(GltfConvert, TangentTakesItsSignFromTheBinormal,
+         MeshDocument("0 0 0 1 0 0 0 1 0",
+                      R"(<source id="n"><float_array id="na" count="3">0 0 2</float_array>
+                      <technique_common><accessor source="#na" count="1" stride="3"/>
+                      </technique_common></source>
+                      <source id="t"><float_array id="ta" count="3">3 0 1</float_array>
+                      <technique_common><accessor source="#ta" count="1" stride="3"/>
+                      </technique_common></source>
+                      <source id="b"><float_array id="ba" count="3">0 -1 0</float_array>
+                      <technique_common><accessor source="#ba" count="1" stride="3"/>
+                      </technique_common></source>
+                      <triangles count="1"><input semantic="VERTEX" source="#v" offset="0"/>
+                      <input semantic="NORMAL" source="#n" offset="1"/>
+                      <input semantic="TEXTANGENT" source="#t" offset="1"/>
+                      <input semantic="TEXBINORMAL" source="#b" offset="1"/>
+                      <p>0 0 1 0 2 0</p></triangles>)")) {
+  Convert();
+  EXPECT_EQ(log.entries, oxtest::kNoLog);
+  EXPECT_EQ(Read(Primitive(0)["attributes"]["TANGENT"]),
+            (Numbers{1, 0, 0, -1, 1, 0, 0, -1, 1, 0, 0, -1}));
+  EXPECT_FALSE(Primitive(0)["attributes"].contains(""));
+}
+
+namespace {
+
+// Joints "hip", "knee" (1 up the y axis) and "a" to "d" below the knee
+// (inverse bind matrices given for the first two), a triangle whose
+// vertices lean on them with the weights `weights` (vcount `vcount`, v
+// `v`), a bind shape matrix that lifts it 1 along z, and the instance
+// under node "holder" (which has a transform of its own).
+std::string SkinnedDocument(std::string_view vcount, std::string_view v, std::string_view weights) {
+  const size_t count = std::count(weights.begin(), weights.end(), ' ') + 1;
+  return oxtest::Collada(OxKernel::oxConcat(R"(<library_geometries><geometry id="g"><mesh>
+    <source id="p"><float_array id="pa" count="9">0 0 0 1 0 0 0 1 0</float_array>
+    <technique_common><accessor source="#pa" count="3" stride="3"/></technique_common></source>
+    <vertices id="v"><input semantic="POSITION" source="#p"/></vertices>
+    <triangles count="1"><input semantic="VERTEX" source="#v" offset="0"/><p>0 1 2</p></triangles>
+    </mesh></geometry></library_geometries>
+    <library_controllers><controller id="c"><skin source="#g">
+    <bind_shape_matrix>1 0 0 0 0 1 0 0 0 0 1 1 0 0 0 1</bind_shape_matrix>
+    <source id="j"><Name_array id="ja" count="6">hip knee a b c d</Name_array>
+    <technique_common><accessor source="#ja" count="6"/></technique_common></source>
+    <source id="ib"><float_array id="iba" count="32">1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1
+      1 0 0 0 0 1 0 -1 0 0 1 0 0 0 0 1</float_array>
+    <technique_common><accessor source="#iba" count="2" stride="16"/></technique_common></source>
+    <source id="w"><float_array id="wa" count=")",
+                                            count, R"(">)", weights,
+                                            R"(</float_array>
+    <technique_common><accessor source="#wa" count=")",
+                                            count, R"("/></technique_common></source>
+    <joints><input semantic="JOINT" source="#j"/><input semantic="INV_BIND_MATRIX" source="#ib"/></joints>
+    <vertex_weights count="3"><input semantic="JOINT" source="#j" offset="0"/>
+    <input semantic="WEIGHT" source="#w" offset="1"/><vcount>)",
+                                            vcount, "</vcount><v>", v,
+                                            R"(</v></vertex_weights>
+    </skin></controller></library_controllers>
+    <library_visual_scenes><visual_scene id="vs">
+    <node id="hip" sid="hip" type="JOINT"><node id="knee" sid="knee" type="JOINT"><translate>0 1 0</translate>
+    <node sid="a"/><node sid="b"/><node sid="c"/><node sid="d"/></node></node>
+    <node id="holder"><translate>5 5 5</translate><instance_controller url="#c"><skeleton>#hip</skeleton></instance_controller></node>
+    </visual_scene></library_visual_scenes>)"));
+}
+
+}  // namespace
+
+// Weights 1; 0.25 and 0.75; 2 alone (normalised to 1).
+TEST_XML(GltfConvert, SkinHasItsJointsWeightsAndInverseBindMatrices,
+         SkinnedDocument("1 2 1", "0 0 0 1 1 2 1 3", "1 0.25 0.75 2")) {
+  Convert();
+  EXPECT_EQ(log.entries, oxtest::kNoLog);
+  ASSERT_EQ(gltf["skins"].size(), 1u);
+  const json& skin = gltf["skins"][0];
+  // Children are written before their parent: a to d are nodes 0 to 3.
+  EXPECT_EQ(skin["joints"], json::parse("[5, 4, 0, 1, 2, 3]"));
+  const Numbers inverse = Read(skin["inverseBindMatrices"]);
+  ASSERT_EQ(inverse.size(), 96u);
+  EXPECT_EQ((Numbers(inverse.begin(), inverse.begin() + 48)),
+            (Numbers{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0,  0, 1,  //
+                     1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, -1, 0, 1,  //
+                     1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0,  0, 1}));
+  // The skinned mesh stands at the root, apart from its holder's transform.
+  const json& roots = gltf["scenes"][0]["nodes"];
+  ASSERT_EQ(roots.size(), 3u);
+  const json& skinned = gltf["nodes"][roots[2].get<size_t>()];
+  EXPECT_EQ(skinned["skin"], 0);
+  EXPECT_EQ(skinned["name"], "c");
+  const json& attributes =
+      gltf["meshes"][skinned["mesh"].get<size_t>()]["primitives"][0]["attributes"];
+  // The bind shape matrix lifts the vertices 1 along z.
+  EXPECT_EQ(Read(attributes["POSITION"]), (Numbers{0, 0, 1, 1, 0, 1, 0, 1, 1}));
+  EXPECT_EQ(Read(attributes["WEIGHTS_0"]), (Numbers{1, 0, 0, 0, 0.75, 0.25, 0, 0, 1, 0, 0, 0}));
+  EXPECT_FALSE(attributes.contains("JOINTS_1"));
+}
+
+// Six influences on the first vertex: the strongest four go in the first
+// set, the other two in the second, all eight normalised together.
+TEST_XML(GltfConvert, MoreThanFourInfluencesFillASecondSet,
+         SkinnedDocument("6 1 1", "0 0 1 1 2 2 3 3 4 4 5 5 0 0 0 0", "0.1 0.2 0.3 0.4 0.5 0.5")) {
+  Convert();
+  const json& attributes = SkinnedAttributes();
+  const Numbers first = Read(attributes["WEIGHTS_0"]);
+  const Numbers second = Read(attributes["WEIGHTS_1"]);
+  ASSERT_EQ(first.size(), 12u);
+  const double sum = 0.1 + 0.2 + 0.3 + 0.4 + 0.5 + 0.5;
+  EXPECT_NEAR(first[0], 0.5 / sum, 1e-6);
+  EXPECT_NEAR(first[3], 0.3 / sum, 1e-6);
+  EXPECT_NEAR(second[0], 0.2 / sum, 1e-6);
+  EXPECT_NEAR(second[1], 0.1 / sum, 1e-6);
+  EXPECT_EQ(second[4], 0);
+}
+
+TEST_XML(GltfConvert, SkinWhoseJointsAreMissingIsDrawnUnskinned,
+         oxtest::Collada(R"(<library_geometries><geometry id="g"><mesh>
+    <source id="p"><float_array id="pa" count="9">0 0 0 1 0 0 0 1 0</float_array>
+    <technique_common><accessor source="#pa" count="3" stride="3"/></technique_common></source>
+    <vertices id="v"><input semantic="POSITION" source="#p"/></vertices>
+    <triangles count="1"><input semantic="VERTEX" source="#v" offset="0"/><p>0 1 2</p></triangles>
+    </mesh></geometry></library_geometries>
+    <library_controllers><controller id="c"><skin source="#g">
+    <source id="j"><Name_array id="ja" count="1">ghost</Name_array>
+    <technique_common><accessor source="#ja" count="1"/></technique_common></source>
+    <joints><input semantic="JOINT" source="#j"/></joints>
+    </skin></controller></library_controllers>
+    <library_visual_scenes><visual_scene id="vs"><node id="n">
+    <instance_controller url="#c"><skeleton>#nowhere</skeleton></instance_controller></node>
+    </visual_scene></library_visual_scenes>)")) {
+  Convert();
+  EXPECT_EQ(log.entries,
+            std::vector{oxtest::Warning("controller 'c': its joint 'ghost' is no node of "
+                                        "the scene; the skin is left out")});
+  EXPECT_EQ(gltf["nodes"][0]["mesh"], 0);
+  EXPECT_FALSE(gltf.contains("skins"));
+}
+
+// A NORMALIZED morph of a triangle towards a copy lifted by 2 along z, at
+// weight 0.5: one glTF target of offsets (0 0 2) and the mesh weight 0.5.
+TEST_XML(GltfConvert, MorphTargetsAreOffsetsWithTheirWeights,
+         oxtest::Collada(R"(<library_geometries>
+    <geometry id="base"><mesh>
+    <source id="p"><float_array id="pa" count="9">0 0 0 1 0 0 0 1 0</float_array>
+    <technique_common><accessor source="#pa" count="3" stride="3"/></technique_common></source>
+    <vertices id="v"><input semantic="POSITION" source="#p"/></vertices>
+    <triangles count="1"><input semantic="VERTEX" source="#v" offset="0"/><p>0 1 2</p></triangles>
+    </mesh></geometry>
+    <geometry id="lifted"><mesh>
+    <source id="q"><float_array id="qa" count="9">0 0 2 1 0 2 0 1 2</float_array>
+    <technique_common><accessor source="#qa" count="3" stride="3"/></technique_common></source>
+    <vertices id="w"><input semantic="POSITION" source="#q"/></vertices>
+    <triangles count="1"><input semantic="VERTEX" source="#w" offset="0"/><p>0 1 2</p></triangles>
+    </mesh></geometry></library_geometries>
+    <library_controllers><controller id="c"><morph source="#base" method="NORMALIZED">
+    <source id="t"><IDREF_array id="ta" count="2">lifted nothing</IDREF_array>
+    <technique_common><accessor source="#ta" count="2"/></technique_common></source>
+    <source id="wt"><float_array id="wta" count="2">0.5 0.25</float_array>
+    <technique_common><accessor source="#wta" count="2"/></technique_common></source>
+    <targets><input semantic="MORPH_TARGET" source="#t"/><input semantic="MORPH_WEIGHT" source="#wt"/></targets>
+    </morph></controller></library_controllers>
+    <library_visual_scenes><visual_scene id="vs"><node id="n"><instance_controller url="#c"/></node>
+    </visual_scene></library_visual_scenes>)")) {
+  Convert();
+  EXPECT_EQ(log.entries,
+            std::vector{oxtest::Warning("controller 'c': its morph target 'nothing' is no "
+                                        "geometry with positions; it is left out")});
+  const json& mesh = gltf["meshes"][gltf["nodes"][0]["mesh"].get<size_t>()];
+  EXPECT_EQ(mesh["weights"], json::parse("[0.5]"));
+  const json& targets = mesh["primitives"][0]["targets"];
+  ASSERT_EQ(targets.size(), 1u);
+  EXPECT_EQ(Read(targets[0]["POSITION"]), (Numbers{0, 0, 2, 0, 0, 2, 0, 0, 2}));
+}
+
+// glTF wants each joint once per vertex: the first vertex names the hip
+// twice with 0.25 each, which becomes the hip alone at weight 1.
+TEST_XML(GltfConvert, JointNamedTwiceForAVertexCountsOnce,
+         SkinnedDocument("2 1 1", "0 0 0 0 1 1 1 2", "0.25 1 1")) {
+  Convert();
+  const json& attributes = SkinnedAttributes();
+  EXPECT_EQ(Read(attributes["WEIGHTS_0"]), (Numbers{1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0}));
 }

@@ -7,7 +7,11 @@
 // instanced geometry with every primitive kind (see oxDAEGltfMesh), and the
 // common-profile materials bound to it with their pictures. What is not
 // carried over is named in a warning (kLogWarning) and left out: nothing is
-// dropped silently.
+// dropped silently. The document's up axis and unit are kept unless the
+// options ask for glTF's (+Y up, meters): then one root node above the
+// scene's nodes turns and scales everything below it, vertices, transforms
+// and animations alike, and an info record says so. Kept axes or units that
+// differ from glTF's are named in a warning.
 #pragma once
 
 #include <string>
@@ -29,6 +33,10 @@ struct oxGltfOptions {
   std::string scene;
   // Samples per second of the animations that are sampled (30).
   double fps = 30.0;
+  // Turn a Z_UP or X_UP document to glTF's +Y up (false: keep its axes).
+  bool yUp = false;
+  // Scale the document's unit to glTF's meter (false: keep its unit).
+  bool meters = false;
 };
 
 // The visual scene with id `id`, or for an empty id the one <scene>

@@ -1,7 +1,6 @@
-// oxdae convert IN OUT [--scene ID] [--fps N]: writes the document as glTF 2.0, a
-// .glb (one file, pictures inside) or a .gltf (JSON with a .bin beside it,
-// pictures referenced). What glTF or the converter cannot carry over is
-// named in warnings on standard error.
+// oxdae convert IN OUT [--scene ID] [--fps N] [--y-up] [--meters]: writes the document as glTF 2.0,
+// a .glb (one file, pictures inside) or a .gltf (JSON with a .bin beside it, pictures referenced).
+// What glTF or the converter cannot carry over is named in warnings on standard error.
 //
 // Exit status: 0 when written, 1 when IN cannot be read, the scene is not
 // found or OUT cannot be written, 2 when OUT ends in neither .gltf nor .glb.
@@ -18,6 +17,8 @@ struct ConvertOptions {
   std::string out;
   std::string scene;
   double fps = 30.0;
+  bool yUp = false;
+  bool meters = false;
 };
 
 int RunConvert(const ConvertOptions& options) {
@@ -27,6 +28,8 @@ int RunConvert(const ConvertOptions& options) {
   OxDAEConvert::oxGltfOptions gltf;
   gltf.scene = options.scene;
   gltf.fps = options.fps;
+  gltf.yUp = options.yUp;
+  gltf.meters = options.meters;
   return Attempt(log, options.in, "converted",
                  [&] { return OxDAEConvert::ConvertToGltf(document, options.out, gltf); })
              ? kExitOK
@@ -53,6 +56,10 @@ Command AddConvert(CLI::App& tool) {
                    "samples per second of the animations (default 30); their keys are always "
                    "sampled")
       ->check(CLI::Range(1.0, 10000.0));
+  command->add_flag("--y-up", options->yUp,
+                    "turn a Z_UP or X_UP document to glTF's +Y up at the root");
+  command->add_flag("--meters", options->meters,
+                    "scale the document's unit to glTF's meters at the root");
   command->add_option(
       "--scene", options->scene,
       "the id of the visual scene (default: the one <scene> names, else the first)");
