@@ -1,14 +1,16 @@
 // oxdae_process_bench: `oxdae info` against the floor program (oxdae_floor),
-// each run as a whole process, alternated in one run (A B A B ...) so that
+// and `oxdae convert` to a .glb against `oxdae info`, each run as a whole
+// process, alternated in one run (A B A B ...) so that
 // both see the same machine. Process start, reading, page faults and exit are
 // all counted, as a user waiting for the command sees them.
 //
 //   oxdae_process_bench [--file PATH | --megabytes N [--seed N]] [--runs N]
 //
 // Without --file a document of N * 10^6 bytes (default 50) is generated into a
-// temporary file. Each round runs the floor, then `oxdae info`; the table
+// temporary file. Each round runs the floor, then `oxdae info`, then `oxdae
+// convert` to a .glb beside the document (removed afterwards); the table
 // gives medians of wall-clock, user and system time, minor page faults and
-// peak resident memory (default 7 rounds). Both programs are looked up beside
+// peak resident memory (default 7 rounds). The programs are looked up beside
 // this one.
 #include <fcntl.h>
 #include <spawn.h>
@@ -42,8 +44,9 @@ constexpr const char* kUsage =
     "  --seed N        seed of the generated document (default 1)\n"
     "  --runs N        rounds of floor then oxdae info; medians are shown (default 7)\n";
 
-constexpr double kTimeTarget = 0.6;    // oxdae info wall time / floor wall time
-constexpr double kMemoryTarget = 1.5;  // oxdae info peak memory / floor peak memory
+constexpr double kTimeTarget = 0.6;     // oxdae info wall time / floor wall time
+constexpr double kMemoryTarget = 1.5;   // oxdae info peak memory / floor peak memory
+constexpr double kConvertTarget = 2.0;  // oxdae convert (.glb) wall time / oxdae info wall time
 constexpr oxdae_bench::TargetColumns kTargetColumns = {60, 20, 18};
 
 // What one process cost, from its start to its end.
@@ -107,23 +110,31 @@ int Measure(const std::string& input, int rounds) {
   const std::filesystem::path here = std::filesystem::canonical("/proc/self/exe").parent_path();
   const std::string floor = (here / "oxdae_floor").string();
   const std::string oxdae = (here / "oxdae").string();
+  const std::string glb = input + ".glb";
   std::vector<Run> floorRuns;
   std::vector<Run> infoRuns;
+  std::vector<Run> convertRuns;
   for (int round = 0; round < rounds; ++round) {
     Run a;
     Run b;
-    if (!RunProcess({floor, input}, a) || !RunProcess({oxdae, "info", input}, b)) {
-      std::fprintf(stderr, "%s: '%s' or '%s info' failed on %s\n", kProgram, floor.c_str(),
-                   oxdae.c_str(), input.c_str());
+    Run c;
+    if (!RunProcess({floor, input}, a) || !RunProcess({oxdae, "info", input}, b) ||
+        !RunProcess({oxdae, "convert", input, glb}, c)) {
+      std::fprintf(stderr, "%s: '%s', '%s info' or '%s convert' failed on %s\n", kProgram,
+                   floor.c_str(), oxdae.c_str(), oxdae.c_str(), input.c_str());
+      std::filesystem::remove(glb);
       return 1;
     }
     floorRuns.push_back(a);
     infoRuns.push_back(b);
+    convertRuns.push_back(c);
   }
+  std::filesystem::remove(glb);
   std::printf("\n  oxdae info / floor, medians of both\n  %-12s %12s %12s %12s %11s %12s\n",
               "median of", "wall", "user", "system", "faults", "peak");
   PrintRow("floor", floorRuns);
   PrintRow("oxdae info", infoRuns);
+  PrintRow("convert .glb", convertRuns);
   const double time = Median(infoRuns, &Run::wall) / Median(floorRuns, &Run::wall);
   const double memory = Median(infoRuns, &Run::peakKB) / Median(floorRuns, &Run::peakKB);
   oxdae_bench::PrintTargetsHeading(kTargetColumns);
@@ -131,6 +142,9 @@ int Measure(const std::string& input, int rounds) {
                            Format("<= %.2fx", kTimeTarget), time <= kTimeTarget);
   oxdae_bench::PrintTarget(kTargetColumns, "peak memory", Format("%.2fx", memory),
                            Format("<= %.2fx", kMemoryTarget), memory <= kMemoryTarget);
+  const double convert = Median(convertRuns, &Run::wall) / Median(infoRuns, &Run::wall);
+  oxdae_bench::PrintTarget(kTargetColumns, "convert / info", Format("%.2fx", convert),
+                           Format("<= %.2fx", kConvertTarget), convert <= kConvertTarget);
   return 0;
 }
 

@@ -43,11 +43,61 @@ struct Corner {
   size_t at = 0;
 };
 
+// The distinct index tuples of a primitive, one per glTF vertex in the
+// order first used, found again through an open-addressing hash table over
+// their flat storage (a map of vectors allocates per vertex and dominates
+// the conversion of large meshes).
+class Vertices {
+ public:
+  explicit Vertices(size_t width = 0) : m_width(std::max<size_t>(width, 1)) {}
+  size_t size() const { return m_tuples.size() / m_width; }
+  const int32_t* operator[](size_t i) const { return m_tuples.data() + i * m_width; }
+
+  // The vertex of `tuple` (m_width indices), added when new.
+  uint32_t Add(const int32_t* tuple) {
+    if (2 * (size() + 1) > m_slots.size()) Grow();
+    for (size_t slot = Hash(tuple) & (m_slots.size() - 1);;
+         slot = (slot + 1) & (m_slots.size() - 1)) {
+      if (m_slots[slot] == 0) {
+        m_tuples.insert(m_tuples.end(), tuple, tuple + m_width);
+        m_slots[slot] = static_cast<uint32_t>(size());
+        return m_slots[slot] - 1;
+      }
+      const uint32_t vertex = m_slots[slot] - 1;
+      if (std::equal(tuple, tuple + m_width, (*this)[vertex])) return vertex;
+    }
+  }
+
+ private:
+  uint64_t Hash(const int32_t* tuple) const {
+    uint64_t h = 0x9E3779B97F4A7C15u;
+    for (size_t i = 0; i < m_width; ++i) {
+      h ^= static_cast<uint32_t>(tuple[i]);
+      h *= 0xBF58476D1CE4E5B9u;
+      h ^= h >> 31;
+    }
+    return h;
+  }
+  void Grow() {
+    m_slots.assign(std::max<size_t>(64, m_slots.size() * 2), 0);
+    const size_t mask = m_slots.size() - 1;
+    for (size_t v = 0; v < size(); ++v) {
+      size_t slot = Hash((*this)[v]) & mask;
+      while (m_slots[slot] != 0)
+        slot = (slot + 1) & mask;
+      m_slots[slot] = static_cast<uint32_t>(v + 1);
+    }
+  }
+
+  size_t m_width;
+  std::vector<int32_t> m_tuples;
+  std::vector<uint32_t> m_slots;  // vertex + 1; 0 for an empty slot
+};
+
 // The merged vertices and indices of one glTF primitive.
 struct Group {
   std::vector<Channel> channels;  // of the first COLLADA primitive merged
-  std::map<std::vector<int32_t>, uint32_t> vertexOf;
-  std::vector<std::vector<int32_t>> vertices;  // per vertex: the index of each channel
+  Vertices vertices;              // per vertex: the index of each channel
   std::vector<uint32_t> indices;
 };
 
@@ -231,9 +281,16 @@ std::vector<Corner> CornersOf(const oxDAEMeshPrimitive& primitive, uint32_t widt
   std::vector<Corner> corners;
   mode = primitive.type == EType::LINES || primitive.type == EType::LINESTRIPS ? 1 : 4;
   const auto tuples = [&](size_t list) { return primitive.p[list].size() / width; };
+  // Buffers reused from polygon to polygon; a triangle needs neither.
+  std::vector<Corner> face;
+  std::vector<Vec3> points;
   const auto polygon = [&](size_t list, size_t first, size_t count) {
-    std::vector<Corner> face;
-    std::vector<Vec3> points;
+    if (count == 3) {
+      corners.insert(corners.end(), {{list, first}, {list, first + 1}, {list, first + 2}});
+      return;
+    }
+    face.clear();
+    points.clear();
     for (size_t i = 0; i < count; ++i) {
       face.push_back({list, first + i});
       points.push_back(PositionOf(primitive, position, width, face.back()));
@@ -299,7 +356,7 @@ std::string Signature(const std::vector<Channel>& channels) {
 }
 
 // Three floats of channel `c` of `vertex`; zeros for a missing index.
-Vec3 Read3(const Group& group, size_t c, const std::vector<int32_t>& vertex) {
+Vec3 Read3(const Group& group, size_t c, const int32_t* vertex) {
   if (c >= group.channels.size() || vertex[c] < 0) return {0, 0, 0};
   const size_t record = static_cast<size_t>(vertex[c]);
   const oxDAEAccessor* accessor = group.channels[c].accessor;
@@ -412,7 +469,8 @@ Json WriteTargets(const Group& group, const oxGltfMorphing& morphing,
   Json targets = Json::array();
   for (const oxDAEAccessor* target : morphing.targets) {
     std::vector<float> offsets;
-    for (const std::vector<int32_t>& vertex : group.vertices) {
+    for (size_t i = 0; i < group.vertices.size(); ++i) {
+      const int32_t* vertex = group.vertices[i];
       const Vec3 base = morphing.relative ? Vec3{0, 0, 0} : Read3(group, position, vertex);
       Vec3 moved = {0, 0, 0};
       if (vertex[position] >= 0) {
@@ -447,7 +505,8 @@ Json WriteGroup(const Group& group, oxGltfBuilder& gltf, const oxGltfSkinning* s
     if (channel.kind == Kind::Binormal) continue;
     std::vector<float> values;
     values.reserve(group.vertices.size() * channel.width);
-    for (const std::vector<int32_t>& vertex : group.vertices) {
+    for (size_t i = 0; i < group.vertices.size(); ++i) {
+      const int32_t* vertex = group.vertices[i];
       const size_t record = vertex[c] < 0 ? SIZE_MAX : static_cast<size_t>(vertex[c]);
       std::array<double, 4> v = {0, 0, 0, 1};
       // A tangent's fourth float is its sign, made below.
@@ -517,19 +576,17 @@ std::vector<oxGltfPrimitive> ConvertGeometry(const oxDAEGeometry& geometry, oxGl
     Group& group = it->second;
     if (added) {
       group.channels = channels;
+      group.vertices = Vertices(channels.size());
       order.push_back(key);
     }
+    std::vector<int32_t> tuple(channels.size());
     for (const Corner& corner : corners) {
       const auto& list = primitive->p[corner.list];
-      std::vector<int32_t> tuple;
-      for (const Channel& c : channels) {
-        const size_t at = corner.at * width + c.offset;
-        tuple.push_back(at < list.size() ? list[at] : -1);
+      for (size_t c = 0; c < channels.size(); ++c) {
+        const size_t at = corner.at * width + channels[c].offset;
+        tuple[c] = at < list.size() ? list[at] : -1;
       }
-      const auto [found, inserted] =
-          group.vertexOf.try_emplace(tuple, static_cast<uint32_t>(group.vertices.size()));
-      if (inserted) group.vertices.push_back(tuple);
-      group.indices.push_back(found->second);
+      group.indices.push_back(group.vertices.Add(tuple.data()));
     }
   }
   for (const std::string& semantic : dropped) {

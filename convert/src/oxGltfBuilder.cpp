@@ -29,9 +29,11 @@ void AppendU32(std::string& out, uint32_t value) {
     out += static_cast<char>(value >> (8 * i));
 }
 
-bool WriteFile(const std::string& path, const std::string& bytes) {
+// Writes the pieces one after the other into `path`.
+bool WriteFile(const std::string& path, std::initializer_list<std::string_view> pieces) {
   std::ofstream out(path, std::ios::binary);
-  out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  for (const std::string_view piece : pieces)
+    out.write(piece.data(), static_cast<std::streamsize>(piece.size()));
   return static_cast<bool>(out.flush());
 }
 
@@ -105,34 +107,33 @@ size_t oxGltfBuilder::AddEmbeddedImage(const std::string& bytes, const std::stri
 
 bool oxGltfBuilder::Save(const std::string& path) {
   const bool binary = path.size() >= 4 && path.ends_with(".glb");
-  if (!m_buffer.empty()) {
-    while (m_buffer.size() % 4 != 0)
-      m_buffer.push_back(0);
-    Json buffer = {{"byteLength", m_buffer.size()}};
+  while (m_buffer.size() % 4 != 0)
+    m_buffer.push_back(0);
+  const std::string_view buffer(reinterpret_cast<const char*>(m_buffer.data()), m_buffer.size());
+  if (!buffer.empty()) {
+    Json description = {{"byteLength", buffer.size()}};
     if (!binary) {
       const std::filesystem::path bin = std::filesystem::path(path).replace_extension(".bin");
-      buffer["uri"] = bin.filename().string();
-      const std::string bytes(m_buffer.begin(), m_buffer.end());
-      if (!WriteFile(bin.string(), bytes)) return false;
+      description["uri"] = bin.filename().string();
+      if (!WriteFile(bin.string(), {buffer})) return false;
     }
-    m_root["buffers"] = Json::array({buffer});
+    m_root["buffers"] = Json::array({description});
   }
   std::string json = m_root.dump(binary ? -1 : 1, ' ', false, Json::error_handler_t::replace);
-  if (!binary) return WriteFile(path, json + "\n");
+  if (!binary) return WriteFile(path, {json, "\n"});
   Pad(json, ' ');
-  std::string out = "glTF";
-  AppendU32(out, 2);
-  const size_t binChunk = m_buffer.empty() ? 0 : 8 + m_buffer.size();
-  AppendU32(out, static_cast<uint32_t>(12 + 8 + json.size() + binChunk));
-  AppendU32(out, static_cast<uint32_t>(json.size()));
-  AppendU32(out, 0x4E4F534A);  // "JSON"
-  out += json;
-  if (!m_buffer.empty()) {
-    AppendU32(out, static_cast<uint32_t>(m_buffer.size()));
-    AppendU32(out, 0x004E4942);  // "BIN\0"
-    out.append(m_buffer.begin(), m_buffer.end());
+  std::string header = "glTF";
+  AppendU32(header, 2);
+  const size_t binChunk = buffer.empty() ? 0 : 8 + buffer.size();
+  AppendU32(header, static_cast<uint32_t>(12 + 8 + json.size() + binChunk));
+  AppendU32(header, static_cast<uint32_t>(json.size()));
+  AppendU32(header, 0x4E4F534A);  // "JSON"
+  std::string binHeader;
+  if (!buffer.empty()) {
+    AppendU32(binHeader, static_cast<uint32_t>(buffer.size()));
+    AppendU32(binHeader, 0x004E4942);  // "BIN\0"
   }
-  return WriteFile(path, out);
+  return WriteFile(path, {header, json, binHeader, buffer});
 }
 
 }  // namespace OxDAEConvert

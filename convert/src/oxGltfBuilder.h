@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include <oxKernel/oxContainers.h>
 #include <nlohmann/json.hpp>
 
 namespace OxDAEConvert {
@@ -54,7 +55,9 @@ class oxGltfBuilder {
 
  private:
   Json m_root;
-  std::vector<uint8_t> m_buffer;
+  // In the host's large, unzeroed blocks: a converted document's buffer is
+  // about as large as the document.
+  OxKernel::oxArray<uint8_t> m_buffer;
 };
 
 }  // namespace OxDAEConvert
