@@ -104,14 +104,13 @@ class Converter {
         m_fps(options.fps > 0 ? options.fps : 30.0) {}
 
   int Run(const oxDAEVisualScene& scene) {
-    size_t others = 0;
-    m_animations = CollectNodeAnimations(m_document, others);
-    if (others > 0) {
+    m_animations = CollectAnimations(m_document);
+    if (m_animations.others > 0) {
       OX_LOG(OxKernel::kLogWarning,
-             oxConcat(others,
+             oxConcat(m_animations.others,
                       " animation channel(s) drive something other than a node's translate, "
-                      "rotate, scale or matrix (a material parameter, a morph weight); they are "
-                      "left out"));
+                      "rotate, scale or matrix or a morph's weights (a material parameter, "
+                      "say); they are left out"));
     }
     CollectSceneNodes(scene);
     Json roots = Json::array();
@@ -151,7 +150,7 @@ class Converter {
              oxConcat("node '", NameOf(node),
                       "': its transforms give a matrix that is not finite; the node is left "
                       "where its parent is"));
-    } else if (const auto animated = m_animations.find(&node); animated != m_animations.end()) {
+    } else if (m_animations.nodes.contains(&node)) {
       WriteTRS(node, local, gltfNode);
     } else if (!IsIdentity(local)) {
       gltfNode["matrix"] = std::vector<float>(local.m, local.m + 16);
@@ -233,8 +232,8 @@ class Converter {
     Json samplers = Json::array();
     Json channels = Json::array();
     for (const auto& [node, indices] : m_animatedNodes) {
-      const oxNodeAnimation& animation = m_animations.at(node);
-      const std::vector<float> times = SampleTimes(*node, animation);
+      const oxNodeAnimation& animation = m_animations.nodes.at(node);
+      const std::vector<float> times = SampleTimes(NameOf(*node), animation);
       std::vector<float> translations, rotations, scales;
       std::array<double, 4> previous = {0, 0, 0, 1};
       bool splits = true;
@@ -276,20 +275,55 @@ class Converter {
               {{"sampler", samplers.size() - 1}, {"target", {{"node", index}, {"path", path}}}});
       }
     }
+    WriteMorphAnimations(samplers, channels);
     if (channels.empty()) return;
     m_gltf.Add("animations", {{"name", "animation"},
                               {"samplers", std::move(samplers)},
                               {"channels", std::move(channels)}});
   }
 
-  // The key times of the node's channels and every 1/fps from the first to
-  // the last, sorted. A range too long for the frame rate keeps its keys only.
-  std::vector<float> SampleTimes(const oxDAENode& node, const oxNodeAnimation& animation) const {
+  // For each morph with animated weights that a node shows, all its weights
+  // sampled as the node animations are, on a "weights" channel of each node
+  // showing it.
+  void WriteMorphAnimations(Json& samplers, Json& channels) {
+    for (const auto& [morph, indices] : m_morphNodes) {
+      const auto animated = m_animations.morphs.find(morph);
+      if (animated == m_animations.morphs.end()) continue;
+      const oxMorphAnimation& animation = animated->second;
+      const MorphWeights& static_ = m_morphWeights.at(morph);
+      const std::vector<float> times = SampleTimes(NameOf(*morph), animation);
+      std::vector<float> weights;
+      for (const float time : times) {
+        std::vector<float> at = static_.weights;
+        for (const auto& [member, curve] : animation.channels) {
+          std::vector<float> value(curve.GetStride());
+          curve.Evaluate(time, value.data());
+          for (size_t i = 0; i < static_.slots.size(); ++i) {
+            const int slot = static_.slots[i];
+            if (slot < 0) continue;
+            if (member == static_cast<int>(i)) at[static_cast<size_t>(slot)] = value[0];
+            if (member < 0 && i < value.size()) at[static_cast<size_t>(slot)] = value[i];
+          }
+        }
+        weights.insert(weights.end(), at.begin(), at.end());
+      }
+      samplers.push_back({{"input", m_gltf.AddFloats(times, "SCALAR", 0, true)},
+                          {"output", m_gltf.AddFloats(weights, "SCALAR", 0, false)},
+                          {"interpolation", "LINEAR"}});
+      for (const size_t index : indices)
+        channels.push_back(
+            {{"sampler", samplers.size() - 1}, {"target", {{"node", index}, {"path", "weights"}}}});
+    }
+  }
+
+  // The key times of the channels and every 1/fps from the first to the
+  // last, sorted. A range too long for the frame rate keeps its keys only.
+  std::vector<float> SampleTimes(const std::string& name, const oxAnimatedSpan& animation) const {
     std::vector<float> times = animation.keyTimes;
     const double frames = (static_cast<double>(animation.end) - animation.start) * m_fps;
     if (frames > kMostFrames) {
-      OX_LOG(OxKernel::kLogWarning, oxConcat("node '", NameOf(node), "': its animation spans ",
-                                             frames, " frames; only its keys are sampled"));
+      OX_LOG(OxKernel::kLogWarning, oxConcat("'", name, "': its animation spans ", frames,
+                                             " frames; only its keys are sampled"));
     } else {
       for (size_t f = 1; f < frames; ++f)
         times.push_back(static_cast<float>(animation.start + f / m_fps));
@@ -502,8 +536,10 @@ class Converter {
           ConvertGeometry(*geometry, m_gltf, nullptr, targets);
       const long mesh = MeshOf(*geometry, primitives, instance.bindMaterial, nullptr, weights);
       if (mesh < 0) return true;
-      Json& holder = node.contains("mesh") ? AddChildNode(children) : node;
-      holder["mesh"] = mesh;
+      // A node of its own, so that an animation of the weights can name it.
+      const size_t holder = m_gltf.Add("nodes", {{"mesh", mesh}});
+      children.push_back(holder);
+      if (targets) m_morphNodes[morph].push_back(holder);
       return true;
     }
     std::vector<const oxDAENode*> joints;
@@ -528,6 +564,7 @@ class Converter {
     Json skinned = {{"mesh", mesh}, {"skin", skinIndex}};
     if (!NameOf(*controller).empty()) skinned["name"] = NameOf(*controller);
     m_extraRoots.push_back(m_gltf.Add("nodes", std::move(skinned)));
+    if (targets) m_morphNodes[morph].push_back(m_extraRoots.back());
     return true;
   }
 
@@ -542,6 +579,8 @@ class Converter {
     const oxDAEAccessor* targets = targetInput ? targetInput->GetCommonAccessor() : nullptr;
     const oxDAEAccessor* weightAccessor = weightInput ? weightInput->GetCommonAccessor() : nullptr;
     const size_t count = targets && targets->source ? targets->source->strings.size() : 0;
+    MorphWeights& recorded = m_morphWeights[&morph];
+    recorded = {};
     for (size_t i = 0; i < count; ++i) {
       const std::string_view id = targets->source->strings[i].View();
       const auto* geometry =
@@ -550,14 +589,17 @@ class Converter {
                                               ? geometry->mesh->vertices->GetInput("POSITION")
                                               : nullptr;
       if (!position || !position->GetCommonAccessor()) {
+        recorded.slots.push_back(-1);
         OX_LOG(OxKernel::kLogWarning, oxConcat(name, ": its morph target '", id,
                                                "' is no geometry with positions; it is left out"));
         continue;
       }
+      recorded.slots.push_back(static_cast<int>(morphing.targets.size()));
       morphing.targets.push_back(position->GetCommonAccessor());
       weights.push_back(weightAccessor ? weightAccessor->GetFloatValue(static_cast<unsigned int>(i))
                                        : 0.0f);
     }
+    recorded.weights = weights;
   }
 
   // The joint nodes a skin's JOINT source names, in its order: by sid below
@@ -913,7 +955,16 @@ class Converter {
   std::map<const oxDAEImage*, long> m_textures;
   oxGltfOptions m_options;
   double m_fps = 30.0;
-  std::map<const oxDAENode*, oxNodeAnimation> m_animations;
+  oxDocumentAnimations m_animations;
+  // A morph's weights as the glTF mesh has them, and for each of its weight
+  // sources' entries the glTF target it became (-1 when left out).
+  struct MorphWeights {
+    std::vector<float> weights;
+    std::vector<int> slots;
+  };
+  std::map<const oxDAEMorph*, MorphWeights> m_morphWeights;
+  // The glTF nodes that show each morph.
+  std::map<const oxDAEMorph*, std::vector<size_t>> m_morphNodes;
   // The glTF nodes of each animated node (one per place it is instanced).
   std::map<const oxDAENode*, std::vector<size_t>> m_animatedNodes;
   std::set<const oxDAENode*> m_sceneNodes;

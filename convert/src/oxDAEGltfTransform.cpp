@@ -141,10 +141,20 @@ OxMath::oxMatrix44 LocalMatrix(const oxDAENode& node) {
   return LocalMatrixAt(node, kStill, 0.0f);
 }
 
-std::map<const oxDAENode*, oxNodeAnimation> CollectNodeAnimations(const oxDAEFile& document,
-                                                                  size_t& others) {
-  std::map<const oxDAENode*, oxNodeAnimation> animations;
-  others = 0;
+void oxAnimatedSpan::Add(const oxDAECurve& curve) {
+  if (keyTimes.empty() || curve.GetStartTime() < start) start = curve.GetStartTime();
+  if (keyTimes.empty() || curve.GetEndTime() > end) end = curve.GetEndTime();
+  for (size_t k = 0; k < curve.GetKeyCount(); ++k)
+    keyTimes.push_back(curve.GetTime(k));
+}
+
+void oxAnimatedSpan::Finish() {
+  std::sort(keyTimes.begin(), keyTimes.end());
+  keyTimes.erase(std::unique(keyTimes.begin(), keyTimes.end()), keyTimes.end());
+}
+
+oxDocumentAnimations CollectAnimations(const oxDAEFile& document) {
+  oxDocumentAnimations animations;
   for (const auto& element : document.GetElements()) {
     const auto* channel = oxDAEChannel::DynamicCast(element.get());
     if (!channel || !channel->sampler || !channel->target) continue;
@@ -152,27 +162,28 @@ std::map<const oxDAENode*, oxNodeAnimation> CollectNodeAnimations(const oxDAEFil
         channel->target->GetTargetParent() ? channel->target->GetTargetParent() : channel->target;
     const auto* transform = Transform::DynamicCast(owner->GetContainerParent());
     const auto* node = transform ? oxDAENode::DynamicCast(transform->parent) : nullptr;
-    if (!node || StaticValues(*transform).empty()) {
-      ++others;
+    const auto* morph = oxDAEMorph::DynamicCast(owner->GetContainerParent());
+    if ((!node || StaticValues(*transform).empty()) && !morph) {
+      ++animations.others;
       continue;
     }
     std::optional<oxDAECurve> curve = oxDAECurve::FromSampler(*channel->sampler);
     if (!curve || curve->GetKeyCount() == 0) continue;
-    oxNodeAnimation& animation = animations[node];
-    if (animation.channels.empty() || curve->GetStartTime() < animation.start)
-      animation.start = curve->GetStartTime();
-    if (animation.channels.empty() || curve->GetEndTime() > animation.end)
-      animation.end = curve->GetEndTime();
-    for (size_t k = 0; k < curve->GetKeyCount(); ++k)
-      animation.keyTimes.push_back(curve->GetTime(k));
-    animation.channels.push_back(
-        {transform, MemberOf(channel->targetPath.View()), std::move(*curve)});
+    const int member = MemberOf(channel->targetPath.View());
+    if (morph) {
+      oxMorphAnimation& animation = animations.morphs[morph];
+      animation.Add(*curve);
+      animation.channels.emplace_back(member, std::move(*curve));
+      continue;
+    }
+    oxNodeAnimation& animation = animations.nodes[node];
+    animation.Add(*curve);
+    animation.channels.push_back({transform, member, std::move(*curve)});
   }
-  for (auto& [node, animation] : animations) {
-    std::sort(animation.keyTimes.begin(), animation.keyTimes.end());
-    animation.keyTimes.erase(std::unique(animation.keyTimes.begin(), animation.keyTimes.end()),
-                             animation.keyTimes.end());
-  }
+  for (auto& [node, animation] : animations.nodes)
+    animation.Finish();
+  for (auto& [morph, animation] : animations.morphs)
+    animation.Finish();
   return animations;
 }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include <oxDAEConvert/oxDAECurve.h>
+#include <oxDAEReadWrite/oxDAEElements_Animation_Controller.h>
 #include <oxDAEReadWrite/oxDAEElements_Main_Node.h>
 #include <oxDAEReadWrite/oxDAEReadWrite_File.h>
 
@@ -29,20 +30,39 @@ struct oxTransformChannel {
   oxDAECurve curve;
 };
 
-// The channels that drive a node's transforms.
-struct oxNodeAnimation {
-  std::vector<oxTransformChannel> channels;
+// The time span and key times of a set of channels.
+struct oxAnimatedSpan {
   float start = 0.0f;
   float end = 0.0f;
-  // Every key time of the channels, sorted, without repeats.
+  // Every key time of the channels, sorted, without repeats (once Finish
+  // has run).
   std::vector<float> keyTimes;
+
+  // Widens the span to `curve`'s keys.
+  void Add(const oxDAECurve& curve);
+  void Finish();
 };
 
-// The bound channels of `document` that drive node transforms, by node.
-// Channels that drive anything else (a material parameter, a morph weight)
-// are counted in `others`.
-std::map<const OxDAEReader::oxDAENode*, oxNodeAnimation> CollectNodeAnimations(
-    const OxDAEReader::oxDAEFile& document, size_t& others);
+// The channels that drive a node's transforms.
+struct oxNodeAnimation : oxAnimatedSpan {
+  std::vector<oxTransformChannel> channels;
+};
+
+// The channels that drive a morph's weights: weight `member` (-1 for all of
+// them) on each curve.
+struct oxMorphAnimation : oxAnimatedSpan {
+  std::vector<std::pair<int, oxDAECurve>> channels;
+};
+
+// The bound channels of `document` that drive node transforms, by node, and
+// those that drive morph weights, by morph. Channels that drive anything
+// else (a material parameter) are counted in `others`.
+struct oxDocumentAnimations {
+  std::map<const OxDAEReader::oxDAENode*, oxNodeAnimation> nodes;
+  std::map<const OxDAEReader::oxDAEMorph*, oxMorphAnimation> morphs;
+  size_t others = 0;
+};
+oxDocumentAnimations CollectAnimations(const OxDAEReader::oxDAEFile& document);
 
 // The node's local matrix at `time`, its driven transforms evaluated on the
 // exact curves of `animation`.

@@ -555,10 +555,12 @@ TEST_XML(GltfConvert, SkinWhoseJointsAreMissingIsDrawnUnskinned,
   EXPECT_FALSE(gltf.contains("skins"));
 }
 
+namespace {
+
 // A NORMALIZED morph of a triangle towards a copy lifted by 2 along z, at
-// weight 0.5: one glTF target of offsets (0 0 2) and the mesh weight 0.5.
-TEST_XML(GltfConvert, MorphTargetsAreOffsetsWithTheirWeights,
-         oxtest::Collada(R"(<library_geometries>
+// weight 0.5 (a second target names nothing), with `animation` beside it.
+std::string MorphDocument(std::string_view animation = "") {
+  return oxtest::Collada(std::string(animation) + R"(<library_geometries>
     <geometry id="base"><mesh>
     <source id="p"><float_array id="pa" count="9">0 0 0 1 0 0 0 1 0</float_array>
     <technique_common><accessor source="#pa" count="3" stride="3"/></technique_common></source>
@@ -579,7 +581,13 @@ TEST_XML(GltfConvert, MorphTargetsAreOffsetsWithTheirWeights,
     <targets><input semantic="MORPH_TARGET" source="#t"/><input semantic="MORPH_WEIGHT" source="#wt"/></targets>
     </morph></controller></library_controllers>
     <library_visual_scenes><visual_scene id="vs"><node id="n"><instance_controller url="#c"/></node>
-    </visual_scene></library_visual_scenes>)")) {
+    </visual_scene></library_visual_scenes>)");
+}
+
+}  // namespace
+
+// One glTF target of offsets (0 0 2) and the mesh weight 0.5.
+TEST_XML(GltfConvert, MorphTargetsAreOffsetsWithTheirWeights, MorphDocument()) {
   Convert();
   EXPECT_EQ(log.entries,
             std::vector{oxtest::Warning("controller 'c': its morph target 'nothing' is no "
@@ -598,4 +606,33 @@ TEST_XML(GltfConvert, JointNamedTwiceForAVertexCountsOnce,
   Convert();
   const json& attributes = SkinnedAttributes();
   EXPECT_EQ(Read(attributes["WEIGHTS_0"]), (Numbers{1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0}));
+}
+
+// The weight animated from 0 to 1 over a second, sampled at 2 per second,
+// on the node that shows the morph.
+TEST_XML(GltfConvert, MorphWeightsAreAnimatedOnTheirNode,
+         MorphDocument(R"x(<library_animations><animation>
+    <source id="at"><float_array id="at-a" count="2">0 1</float_array>
+     <technique_common><accessor source="#at-a" count="2"/></technique_common></source>
+    <source id="av"><float_array id="av-a" count="2">0 1</float_array>
+     <technique_common><accessor source="#av-a" count="2"/></technique_common></source>
+    <source id="ai"><Name_array id="ai-a" count="2">LINEAR LINEAR</Name_array>
+     <technique_common><accessor source="#ai-a" count="2"/></technique_common></source>
+    <sampler id="as"><input semantic="INPUT" source="#at"/><input semantic="OUTPUT" source="#av"/>
+     <input semantic="INTERPOLATION" source="#ai"/></sampler>
+    <channel source="#as" target="wt(0)"/></animation></library_animations>)x")) {
+  ASSERT_EQ(rc, 0);
+  OxDAEConvert::oxGltfOptions options;
+  options.fps = 2;
+  log.Clear();
+  ASSERT_EQ(OxDAEConvert::ConvertToGltf(document, out.Path(), options), 0);
+  gltf = json::parse(oxtest::ReadFile(out.Path()));
+  buffer = oxtest::ReadFile(std::filesystem::path(out.Path()).replace_extension(".bin").string());
+  const json& channel = gltf["animations"][0]["channels"][0];
+  EXPECT_EQ(channel["target"]["path"], "weights");
+  EXPECT_TRUE(gltf["nodes"][channel["target"]["node"].get<size_t>()].contains("mesh"));
+  const json& sampler = gltf["animations"][0]["samplers"][0];
+  EXPECT_EQ(Read(sampler["input"]), (Numbers{0, 0.5, 1}));
+  EXPECT_EQ(Read(sampler["output"]), (Numbers{0, 0.5, 1}));
+  std::remove(std::filesystem::path(out.Path()).replace_extension(".bin").string().c_str());
 }
