@@ -145,13 +145,14 @@ class Converter {
     Json gltfNode = Json::object();
     if (const std::string name = NameOf(node); !name.empty()) gltfNode["name"] = name;
     const OxMath::oxMatrix44 local = LocalMatrix(node);
+    bool animated = false;
     if (!std::all_of(local.m, local.m + 16, [](float v) { return std::isfinite(v); })) {
       OX_LOG(OxKernel::kLogWarning,
              oxConcat("node '", NameOf(node),
                       "': its transforms give a matrix that is not finite; the node is left "
                       "where its parent is"));
     } else if (m_animations.nodes.contains(&node)) {
-      WriteTRS(node, local, gltfNode);
+      animated = WriteTRS(node, local, gltfNode);
     } else if (!IsIdentity(local)) {
       gltfNode["matrix"] = std::vector<float>(local.m, local.m + 16);
     }
@@ -161,7 +162,6 @@ class Converter {
     for (const oxDAEInstance* instance : node.instances)
       ConvertInstance(*instance, gltfNode, children, instanceDepth);
     if (!children.empty()) gltfNode["children"] = children;
-    const bool animated = gltfNode.contains("rotation");
     const size_t index = m_gltf.Add("nodes", std::move(gltfNode));
     m_nodeIndex.try_emplace(&node, index);
     if (animated) m_animatedNodes[&node].push_back(index);
@@ -207,9 +207,9 @@ class Converter {
   }
 
   // An animated node's static transform as translation, rotation and scale
-  // (glTF animates only those); always with a rotation, which marks the node
-  // for its animation. A matrix that does not split keeps the node still.
-  void WriteTRS(const oxDAENode& node, const OxMath::oxMatrix44& local, Json& gltfNode) {
+  // (glTF animates only those); true when written so. A matrix that does not
+  // split is written as it is and keeps the node still.
+  bool WriteTRS(const oxDAENode& node, const OxMath::oxMatrix44& local, Json& gltfNode) {
     const std::optional<oxTRS> trs = Decompose(local);
     if (!trs) {
       OX_LOG(OxKernel::kLogWarning,
@@ -217,11 +217,12 @@ class Converter {
                       "': its matrix is no translation, rotation and scale; its animation is "
                       "left out"));
       gltfNode["matrix"] = std::vector<float>(local.m, local.m + 16);
-      return;
+      return false;
     }
     gltfNode["translation"] = trs->translation;
     gltfNode["rotation"] = trs->rotation;
     gltfNode["scale"] = trs->scale;
+    return true;
   }
 
   // One glTF animation: for each animated node, its local matrix sampled at
@@ -917,8 +918,8 @@ class Converter {
   // The bytes of a picture file, or of an "ARCHIVE!/entry" of the
   // document's archive.
   std::string ReadPicture(const std::string& path) const {
-    const std::string prefix = std::string(m_document.GetFileURI().GetString()) + "!/";
-    if (m_document.GetArchiveEntry().empty() || !path.starts_with(prefix)) return ReadBytes(path);
+    const std::string_view entryName = GetArchiveEntryOfPath(m_document, path);
+    if (entryName.empty()) return ReadBytes(path);
     // A document read from memory has no archive file to open again.
     std::error_code ec;
     const OxKernel::oxString file = m_document.GetFileURI().GetFilePath();
@@ -927,7 +928,7 @@ class Converter {
     if (OxKernel::oxArchive::OpenFile(archive, file, m_document.GetFileURI().GetString().View()) !=
         0)
       return {};
-    const auto* entry = archive->Find(std::string_view(path).substr(prefix.size()));
+    const auto* entry = archive->Find(entryName);
     OxKernel::oxArray<char> bytes;
     if (!entry || archive->Read(*entry, bytes) != 0) return {};
     return std::string(bytes.data(), entry->size);

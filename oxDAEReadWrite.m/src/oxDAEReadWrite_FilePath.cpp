@@ -200,11 +200,15 @@ oxString GetReferencedFilePath(const oxDAEFile& document, const oxString& refere
   return GetArchivedFilePath(document, reference);
 }
 
-bool ReferencedFileExists(const oxDAEFile& document, const oxString& path) {
+std::string_view GetArchiveEntryOfPath(const oxDAEFile& document, std::string_view path) {
   const std::string prefix = ArchivePrefix(document);
-  if (document.GetArchiveEntry().empty() || !path.StartsWith(prefix))
-    return ReferencedFileExists(path);
-  return document.HasArchiveEntry(path.View().substr(prefix.size()));
+  if (document.GetArchiveEntry().empty() || !path.starts_with(prefix)) return {};
+  return path.substr(prefix.size());
+}
+
+bool ReferencedFileExists(const oxDAEFile& document, const oxString& path) {
+  const std::string_view entry = GetArchiveEntryOfPath(document, path.View());
+  return entry.empty() ? ReferencedFileExists(path) : document.HasArchiveEntry(entry);
 }
 
 }  // namespace OxDAEReader

@@ -54,6 +54,10 @@ bool ReferencedFileExists(const OxKernel::oxString& path);
 OxKernel::oxString GetReferencedFilePath(const oxDAEFile& document,
                                          const OxKernel::oxString& reference);
 
+// The archive entry an "ARCHIVE!/entry" path of `document` names; empty
+// for a document not read from an archive or a path outside it.
+std::string_view GetArchiveEntryOfPath(const oxDAEFile& document, std::string_view path);
+
 // True when `path`, as the function above returns it, names an existing
 // file: an entry of the document's archive for an "ARCHIVE!/" path, else as
 // ReferencedFileExists(path).
