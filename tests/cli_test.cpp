@@ -593,8 +593,7 @@ TEST(Cli, SampleTextIsOneLinePerChannel) {
 }
 
 // A STEP curve: linearly it would give 5 at 0.5, exactly it holds 0.
-TEST(Cli, SampleExactFollowsTheInterpolation) {
-  const std::string step = R"(<library_animations><animation id="m">
+const std::string kStepCurve = R"(<library_animations><animation id="m">
     <source id="t"><float_array id="t-a" count="2">0 1</float_array>
      <technique_common><accessor source="#t-a" count="2"/></technique_common></source>
     <source id="v"><float_array id="v-a" count="2">0 10</float_array>
@@ -606,12 +605,28 @@ TEST(Cli, SampleExactFollowsTheInterpolation) {
     <channel source="#s" target="a/t.X"/></animation></library_animations>
     <library_visual_scenes><visual_scene id="vs"><node id="a"><translate sid="t">0 0 0</translate>
     </node></visual_scene></library_visual_scenes>)";
+
+TEST(Cli, SampleExactFollowsTheInterpolation) {
+  const std::string& step = kStepCurve;
   EXPECT_EQ(OnDocument("sample", step, "--time 0.5").out, "m: a/t.X = 5\n");
   const ToolRun exact = OnDocument("sample", step, "--time 0.5 --exact");
   EXPECT_EQ(exact.code, 0);
   EXPECT_EQ(exact.out, "m: a/t.X = 0\n");
   EXPECT_EQ(OnDocument("sample --json", step, "--time 1 --exact").Json()["channels"][0]["values"],
             json::parse("[10]"));
+}
+
+TEST(Cli, TreeExactFollowsTheInterpolation) {
+  const std::string& step = kStepCurve;
+  const json plain = OnDocument("tree --json", step, "--time 0.5").Json();
+  EXPECT_EQ(plain["nodes"][0]["world"][12], 5);
+  const json exact = OnDocument("tree --json", step, "--time 0.5 --exact").Json();
+  EXPECT_EQ(exact["nodes"][0]["world"][12], 0);
+  EXPECT_EQ(OnDocument("tree --json", step, "--time 1 --exact").Json()["nodes"][0]["local"][12],
+            10);
+  const ToolRun untimed = OnDocument("tree", step, "--exact");
+  EXPECT_EQ(untimed.code, 2);
+  EXPECT_NE(untimed.err.find("--exact requires --time"), std::string::npos) << untimed.err;
 }
 
 TEST(Cli, SampleExactOfLinearCurvesIsTheLinearValue) {

@@ -207,6 +207,12 @@ void oxDAECurve::Evaluate(float time, float* out) const {
     return;
   }
   const size_t key = static_cast<size_t>(after - m_times.begin()) - 1;
+  // A curve passes through its keys (a B-spline only near them): the key's
+  // value, not the segment's formula rounded at its start.
+  if (time == m_times[key] && m_interpolations[key] != oxInterpolation::BSPLINE) {
+    std::copy_n(GetValue(key), m_stride, out);
+    return;
+  }
   for (unsigned int c = 0; c < m_stride; ++c)
     out[c] = static_cast<float>(Segment(key, c, time));
 }

@@ -13,6 +13,9 @@
 #include <oxKernel/oxArchive.h>
 #include <oxKernel/oxLog.h>
 
+#include "oxDAEGltfAnimation.h"
+#include "oxDAEGltfCommon.h"
+#include "oxDAEGltfMaterial.h"
 #include "oxDAEGltfMesh.h"
 #include "oxDAEGltfTransform.h"
 #include "oxGltfBuilder.h"
@@ -27,13 +30,6 @@ namespace {
 // Instanced nodes nested deeper than this are left out: a document may
 // instance a node inside itself.
 constexpr int kMostInstanceDepth = 64;
-// Frames sampled per animated node at most: a longer range keeps its keys.
-constexpr double kMostFrames = 100000;
-
-std::string NameOf(const oxDAEElement& element) {
-  if (!element.name.empty()) return std::string(element.name);
-  return std::string(element.id);
-}
 
 // The double nearest to the float's shortest text (0.01f as 0.01), for
 // values a document wrote in decimal.
@@ -52,58 +48,17 @@ bool IsIdentity(const OxMath::oxMatrix44& m) {
   return true;
 }
 
-Json Color(const OxMath::oxFColor& c, bool alpha) {
-  Json color = {std::clamp(c.r, 0.0f, 1.0f), std::clamp(c.g, 0.0f, 1.0f),
-                std::clamp(c.b, 0.0f, 1.0f)};
-  if (alpha) color.push_back(std::clamp(c.a, 0.0f, 1.0f));
-  return color;
-}
-
-std::string ReadBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream bytes;
-  bytes << in.rdbuf();
-  return bytes.str();
-}
-
-// "image/png" or "image/jpeg" by the file's first bytes; empty otherwise.
-std::string MimeType(std::string_view bytes) {
-  if (bytes.starts_with("\x89PNG")) return "image/png";
-  if (bytes.starts_with("\xFF\xD8\xFF")) return "image/jpeg";
-  return {};
-}
-
-// A relative reference from `folder` to `file` as a URI: folders joined by
-// "/", characters outside the URI grammar %-escaped.
-std::string RelativeURI(const std::filesystem::path& folder, const std::string& file) {
-  std::error_code ec;
-  std::filesystem::path relative = std::filesystem::relative(file, folder, ec);
-  if (ec || relative.empty()) relative = std::filesystem::absolute(file, ec);
-  std::string uri;
-  for (const unsigned char c : relative.generic_string()) {
-    if (std::isalnum(c) ||
-        std::string_view("-._~/").find(static_cast<char>(c)) != std::string_view::npos) {
-      uri += static_cast<char>(c);
-    } else {
-      static const char* kHex = "0123456789ABCDEF";
-      uri += '%';
-      uri += kHex[c >> 4];
-      uri += kHex[c & 15];
-    }
-  }
-  return uri;
-}
-
 class Converter {
  public:
   Converter(const oxDAEFile& document, const std::string& path, const oxGltfOptions& options)
       : m_document(document),
         m_path(path),
-        m_binary(path.ends_with(".glb")),
+        m_materials(document, m_gltf, path),
         m_options(options),
         m_fps(options.fps > 0 ? options.fps : 30.0) {}
 
-  int Run(const oxDAEVisualScene& scene) {
+  // Converts `scene`, or without one every geometry as a root node.
+  int Run(const oxDAEVisualScene* scene) {
     m_animations = CollectAnimations(m_document);
     if (m_animations.others > 0) {
       OX_LOG(OxKernel::kLogWarning,
@@ -112,16 +67,11 @@ class Converter {
                       "rotate, scale or matrix or a morph's weights (a material parameter, "
                       "say); they are left out"));
     }
-    CollectSceneNodes(scene);
-    Json roots = Json::array();
-    for (const oxDAENode* node : scene.nodes)
-      roots.push_back(ConvertNode(*node, 0));
-    for (const size_t extra : m_extraRoots)
-      roots.push_back(extra);
-    FinishSkins();
+    Json roots = scene ? SceneRoots(*scene) : GeometryRoots();
     roots = PlaceRoots(std::move(roots));
-    Json gltfScene = {{"nodes", roots}};
-    if (!scene.name.empty() || !scene.id.empty()) gltfScene["name"] = NameOf(scene);
+    // glTF allows no empty arrays: a scene without nodes has no "nodes".
+    Json gltfScene = roots.empty() ? Json::object() : Json{{"nodes", roots}};
+    if (scene && (!scene->name.empty() || !scene->id.empty())) gltfScene["name"] = NameOf(*scene);
     m_gltf.Add("scenes", std::move(gltfScene));
     m_gltf.Root()["scene"] = 0;
     WriteAnimations();
@@ -130,9 +80,8 @@ class Converter {
       m_gltf.Root()["extensions"]["KHR_lights_punctual"]["lights"] =
           std::move(m_gltf.Root()["lights"]);
       m_gltf.Root().erase("lights");
-      UseExtension("KHR_lights_punctual");
+      m_gltf.UseExtension("KHR_lights_punctual");
     }
-    if (!m_extensions.empty()) m_gltf.Root()["extensionsUsed"] = m_extensions;
     if (!m_gltf.Save(m_path)) {
       OX_LOG(OxKernel::kLogError, oxConcat("cannot write '", m_path, "'"));
       return kGltfCannotWrite;
@@ -141,6 +90,33 @@ class Converter {
   }
 
  private:
+  Json SceneRoots(const oxDAEVisualScene& scene) {
+    CollectSceneNodes(scene);
+    Json roots = Json::array();
+    for (const oxDAENode* node : scene.nodes)
+      roots.push_back(ConvertNode(*node, 0));
+    for (const size_t extra : m_extraRoots)
+      roots.push_back(extra);
+    FinishSkins();
+    return roots;
+  }
+
+  // A node for each geometry of the document, in document order, showing it
+  // with glTF's default material (nothing binds materials to it).
+  Json GeometryRoots() {
+    Json roots = Json::array();
+    for (const auto& element : m_document.GetElements()) {
+      const auto* geometry = oxDAEGeometry::DynamicCast(element.get());
+      if (!geometry) continue;
+      const long mesh = MeshFor(*geometry, nullptr);
+      if (mesh < 0) continue;
+      Json node = {{"mesh", mesh}};
+      if (const std::string name = NameOf(*geometry); !name.empty()) node["name"] = name;
+      roots.push_back(m_gltf.Add("nodes", std::move(node)));
+    }
+    return roots;
+  }
+
   size_t ConvertNode(const oxDAENode& node, int instanceDepth) {
     Json gltfNode = Json::object();
     if (const std::string name = NameOf(node); !name.empty()) gltfNode["name"] = name;
@@ -210,7 +186,8 @@ class Converter {
   // (glTF animates only those); true when written so. A matrix that does not
   // split is written as it is and keeps the node still.
   bool WriteTRS(const oxDAENode& node, const OxMath::oxMatrix44& local, Json& gltfNode) {
-    const std::optional<oxTRS> trs = Decompose(local);
+    static const oxNodeAnimation kStill;
+    const std::optional<oxTRS> trs = TrsAt(node, kStill, 0.0f);
     if (!trs) {
       OX_LOG(OxKernel::kLogWarning,
              oxConcat("node '", NameOf(node),
@@ -225,113 +202,24 @@ class Converter {
     return true;
   }
 
-  // One glTF animation: for each animated node, its local matrix sampled at
-  // every key time of its channels and every 1/fps between its first and
-  // last key, split into translation, rotation and scale, interpolated
-  // linearly (rotations spherically).
+  // The glTF animation of the animated nodes and morph weights.
   void WriteAnimations() {
-    Json samplers = Json::array();
-    Json channels = Json::array();
-    for (const auto& [node, indices] : m_animatedNodes) {
-      const oxNodeAnimation& animation = m_animations.nodes.at(node);
-      const std::vector<float> times = SampleTimes(NameOf(*node), animation);
-      std::vector<float> translations, rotations, scales;
-      std::array<double, 4> previous = {0, 0, 0, 1};
-      bool splits = true;
-      for (const float time : times) {
-        const std::optional<oxTRS> trs = Decompose(LocalMatrixAt(*node, animation, time));
-        if (!trs) {
-          splits = false;
-          break;
-        }
-        // Neighbouring rotations on the same side of the sphere, so that
-        // interpolation takes the short way.
-        std::array<double, 4> q = trs->rotation;
-        const double dot =
-            q[0] * previous[0] + q[1] * previous[1] + q[2] * previous[2] + q[3] * previous[3];
-        if (dot < 0)
-          for (double& c : q)
-            c = -c;
-        previous = q;
-        translations.insert(translations.end(), trs->translation.begin(), trs->translation.end());
-        rotations.insert(rotations.end(), q.begin(), q.end());
-        scales.insert(scales.end(), trs->scale.begin(), trs->scale.end());
-      }
-      if (!splits) {
-        OX_LOG(OxKernel::kLogWarning,
-               oxConcat("node '", NameOf(*node),
-                        "': its animated matrix is not always a translation, rotation and scale; "
-                        "its animation is left out"));
-        continue;
-      }
-      const size_t input = m_gltf.AddFloats(times, "SCALAR", 0, true);
-      const std::pair<const char*, size_t> paths[] = {
-          {"translation", m_gltf.AddFloats(translations, "VEC3", 0, false)},
-          {"rotation", m_gltf.AddFloats(rotations, "VEC4", 0, false)},
-          {"scale", m_gltf.AddFloats(scales, "VEC3", 0, false)}};
-      for (const auto& [path, output] : paths) {
-        samplers.push_back({{"input", input}, {"output", output}, {"interpolation", "LINEAR"}});
-        for (const size_t index : indices)
-          channels.push_back(
-              {{"sampler", samplers.size() - 1}, {"target", {{"node", index}, {"path", path}}}});
-      }
-    }
-    WriteMorphAnimations(samplers, channels);
-    if (channels.empty()) return;
-    m_gltf.Add("animations", {{"name", "animation"},
-                              {"samplers", std::move(samplers)},
-                              {"channels", std::move(channels)}});
-  }
-
-  // For each morph with animated weights that a node shows, all its weights
-  // sampled as the node animations are, on a "weights" channel of each node
-  // showing it.
-  void WriteMorphAnimations(Json& samplers, Json& channels) {
+    oxAnimatedSpan all;
+    for (const auto& [node, animation] : m_animations.nodes)
+      all.keyTimes.insert(all.keyTimes.end(), animation.keyTimes.begin(), animation.keyTimes.end());
+    for (const auto& [morph, animation] : m_animations.morphs)
+      all.keyTimes.insert(all.keyTimes.end(), animation.keyTimes.begin(), animation.keyTimes.end());
+    all.Finish();
+    oxGltfAnimationWriter writer(m_gltf, m_fps, std::move(all.keyTimes));
+    for (const auto& [node, indices] : m_animatedNodes)
+      writer.AddNode(*node, m_animations.nodes.at(node), indices);
     for (const auto& [morph, indices] : m_morphNodes) {
       const auto animated = m_animations.morphs.find(morph);
       if (animated == m_animations.morphs.end()) continue;
-      const oxMorphAnimation& animation = animated->second;
-      const MorphWeights& static_ = m_morphWeights.at(morph);
-      const std::vector<float> times = SampleTimes(NameOf(*morph), animation);
-      std::vector<float> weights;
-      for (const float time : times) {
-        std::vector<float> at = static_.weights;
-        for (const auto& [member, curve] : animation.channels) {
-          std::vector<float> value(curve.GetStride());
-          curve.Evaluate(time, value.data());
-          for (size_t i = 0; i < static_.slots.size(); ++i) {
-            const int slot = static_.slots[i];
-            if (slot < 0) continue;
-            if (member == static_cast<int>(i)) at[static_cast<size_t>(slot)] = value[0];
-            if (member < 0 && i < value.size()) at[static_cast<size_t>(slot)] = value[i];
-          }
-        }
-        weights.insert(weights.end(), at.begin(), at.end());
-      }
-      samplers.push_back({{"input", m_gltf.AddFloats(times, "SCALAR", 0, true)},
-                          {"output", m_gltf.AddFloats(weights, "SCALAR", 0, false)},
-                          {"interpolation", "LINEAR"}});
-      for (const size_t index : indices)
-        channels.push_back(
-            {{"sampler", samplers.size() - 1}, {"target", {{"node", index}, {"path", "weights"}}}});
+      const MorphWeights& weights = m_morphWeights.at(morph);
+      writer.AddWeights(NameOf(*morph), animated->second, weights.weights, weights.slots, indices);
     }
-  }
-
-  // The key times of the channels and every 1/fps from the first to the
-  // last, sorted. A range too long for the frame rate keeps its keys only.
-  std::vector<float> SampleTimes(const std::string& name, const oxAnimatedSpan& animation) const {
-    std::vector<float> times = animation.keyTimes;
-    const double frames = (static_cast<double>(animation.end) - animation.start) * m_fps;
-    if (frames > kMostFrames) {
-      OX_LOG(OxKernel::kLogWarning, oxConcat("'", name, "': its animation spans ", frames,
-                                             " frames; only its keys are sampled"));
-    } else {
-      for (size_t f = 1; f < frames; ++f)
-        times.push_back(static_cast<float>(animation.start + f / m_fps));
-    }
-    std::sort(times.begin(), times.end());
-    times.erase(std::unique(times.begin(), times.end()), times.end());
-    return times;
+    writer.Finish();
   }
 
   void ConvertInstance(const oxDAEInstance& instance, Json& node, Json& children,
@@ -349,14 +237,14 @@ class Converter {
       return;
     }
     if (const auto* controller = oxDAEInstanceController::DynamicCast(&instance)) {
-      if (!ConvertController(*controller, node, children)) ++m_leftOut["<instance_controller>"];
+      if (!ConvertController(*controller, node, children)) m_gltf.LeaveOut("<instance_controller>");
       return;
     }
     if (instance.kind == EToken::NODE) {
       const auto* target = oxDAENode::DynamicCast(instance.target);
       if (!target) return;
       if (instanceDepth >= kMostInstanceDepth) {
-        ++m_leftOut["<instance_node> nested deeper than 64 instances"];
+        m_gltf.LeaveOut("<instance_node> nested deeper than 64 instances");
         return;
       }
       children.push_back(ConvertNode(*target, instanceDepth + 1));
@@ -376,7 +264,7 @@ class Converter {
       }
       return;
     }
-    ++m_leftOut[oxConcat("<", oxDAEInstance::TagOfKind(instance.kind), ">")];
+    m_gltf.LeaveOut(oxConcat("<", oxDAEInstance::TagOfKind(instance.kind), ">"));
   }
 
   // A new child node of the node being written (listed in `children`),
@@ -768,7 +656,7 @@ class Converter {
       Json p = {{"attributes", primitive.attributes}, {"indices", primitive.indices}};
       if (primitive.mode != 4) p["mode"] = primitive.mode;
       if (!primitive.targets.is_null()) p["targets"] = primitive.targets;
-      const long material = MaterialFor(primitive.symbol, binding);
+      const long material = m_materials.MaterialFor(primitive.symbol, binding);
       if (material >= 0) p["material"] = material;
       materials.push_back(material);
       gltfPrimitives.push_back(std::move(p));
@@ -785,162 +673,8 @@ class Converter {
     return index;
   }
 
-  // The glTF material bound to `symbol`, or -1 (glTF's default material).
-  long MaterialFor(const std::string& symbol, const oxDAEBindMaterial* binding) {
-    if (symbol.empty() || !binding || !binding->techniqueCommon) return -1;
-    for (const oxDAEInstanceMaterial* bound : binding->techniqueCommon->instanceMaterials) {
-      if (bound->symbol.View() == symbol && bound->material)
-        return ConvertMaterial(*bound->material);
-    }
-    return -1;
-  }
-
-  long ConvertMaterial(const oxDAEMaterial& material) {
-    if (const auto it = m_materials.find(&material); it != m_materials.end()) return it->second;
-    Json gltfMaterial = Json::object();
-    if (const std::string name = NameOf(material); !name.empty()) gltfMaterial["name"] = name;
-    const oxDAEEffect* effect = material.instanceEffect ? material.instanceEffect->effect : nullptr;
-    const auto* common =
-        effect ? oxDAEFxProfileCommon::DynamicCast(effect->GetProfile(oxDAEFxProfile::COMMON))
-               : nullptr;
-    if (effect) {
-      for (const oxDAEFxProfile* profile : effect->profiles) {
-        if (profile->GetProfileType() != oxDAEFxProfile::COMMON)
-          ++m_leftOut["shader profiles (profile_CG, profile_GLSL, profile_GLES)"];
-      }
-    }
-    if (common && common->technique) FillMaterial(*common->technique, gltfMaterial);
-    const long index = static_cast<long>(m_gltf.Add("materials", std::move(gltfMaterial)));
-    m_materials.emplace(&material, index);
-    return index;
-  }
-
-  void FillMaterial(const oxDAEFxProfileCommon::Technique& technique, Json& material) {
-    using Technique = oxDAEFxProfileCommon::Technique;
-    Json pbr = {{"metallicFactor", 0.0}};
-    const bool unlit = technique.shadingModel == Technique::CONSTANT;
-    const oxDAEFxColorOrTextureType* base = unlit ? technique.emission : technique.diffuse;
-    const float alpha = Opacity(technique);
-    if (base && base->IsTexture()) {
-      if (const long texture = TextureFor(base->image); texture >= 0)
-        pbr["baseColorTexture"] = {{"index", texture}};
-      if (alpha < 1.0f) pbr["baseColorFactor"] = {1.0, 1.0, 1.0, alpha};
-    } else if (base && base->kind == kFxValueColor) {
-      OxMath::oxFColor color = base->color;
-      color.a = alpha;
-      pbr["baseColorFactor"] = Color(color, true);
-    }
-    if (unlit) {
-      material["extensions"] = {{"KHR_materials_unlit", Json::object()}};
-      UseExtension("KHR_materials_unlit");
-    } else {
-      pbr["roughnessFactor"] = Roughness(technique);
-      if (const oxDAEFxColorOrTextureType* emission = technique.emission) {
-        if (emission->IsTexture()) {
-          if (const long texture = TextureFor(emission->image); texture >= 0) {
-            material["emissiveTexture"] = {{"index", texture}};
-            material["emissiveFactor"] = {1.0, 1.0, 1.0};
-          }
-        } else if (emission->kind == kFxValueColor &&
-                   (emission->color.r > 0 || emission->color.g > 0 || emission->color.b > 0)) {
-          material["emissiveFactor"] = Color(emission->color, false);
-        }
-      }
-    }
-    material["pbrMetallicRoughness"] = std::move(pbr);
-    if (alpha < 1.0f) material["alphaMode"] = "BLEND";
-  }
-
-  // The material's opacity: the <transparent> colour's alpha (A_ONE) or one
-  // minus its luminance (RGB_ZERO), scaled by <transparency>; 1 without them.
-  static float Opacity(const oxDAEFxProfileCommon::Technique& technique) {
-    const oxDAEFxCOTTransparent* transparent = technique.transparent;
-    const float factor = technique.transparency ? technique.transparency->value : 1.0f;
-    if (!transparent || transparent->kind != kFxValueColor) return 1.0f;
-    const OxMath::oxFColor& c = transparent->color;
-    const float opacity =
-        transparent->useAlphaChannel
-            ? c.a * factor
-            : 1.0f - (0.212671f * c.r + 0.715160f * c.g + 0.072169f * c.b) * factor;
-    return std::clamp(opacity, 0.0f, 1.0f);
-  }
-
-  // Blinn-Phong's exponent n read as the roughness sqrt(2 / (n + 2)); a
-  // Lambert surface is fully rough.
-  static double Roughness(const oxDAEFxProfileCommon::Technique& technique) {
-    if (technique.shadingModel == oxDAEFxProfileCommon::Technique::LAMBERT || !technique.shininess)
-      return 1.0;
-    const double shininess = std::max(0.0f, technique.shininess->value);
-    return std::clamp(std::sqrt(2.0 / (shininess + 2.0)), 0.0, 1.0);
-  }
-
-  long TextureFor(const oxDAEImage* image) {
-    if (!image) return -1;
-    if (const auto it = m_textures.find(image); it != m_textures.end()) return it->second;
-    const long source = ImageFor(*image);
-    const long texture =
-        source < 0 ? -1 : static_cast<long>(m_gltf.Add("textures", {{"source", source}}));
-    m_textures.emplace(image, texture);
-    return texture;
-  }
-
-  long ImageFor(const oxDAEImage& image) {
-    const std::string path(GetReferencedFilePath(m_document, image.initFrom));
-    const std::string name = oxConcat("image '", NameOf(image), "' (", image.initFrom, ")");
-    if (path.empty() || !ReferencedFileExists(m_document, OxKernel::oxString(path))) {
-      OX_LOG(OxKernel::kLogWarning, name + " names no picture found here; it is left out");
-      return -1;
-    }
-    const std::string bytes = ReadPicture(path);
-    if (bytes.empty()) {
-      OX_LOG(OxKernel::kLogWarning,
-             name +
-                 " cannot be read again (a picture of an archive read from memory, or an "
-                 "empty file); it is left out");
-      return -1;
-    }
-    const std::string mime = MimeType(bytes);
-    if (mime.empty()) {
-      OX_LOG(OxKernel::kLogWarning,
-             name + " is neither PNG nor JPEG, which glTF cannot carry; it is left out");
-      return -1;
-    }
-    if (m_binary) return static_cast<long>(m_gltf.AddEmbeddedImage(bytes, mime));
-    if (!m_document.GetArchiveEntry().empty()) {
-      // A picture inside an archive has no file a .gltf could refer to.
-      OX_LOG(OxKernel::kLogWarning, name + " lies inside the archive; write a .glb to embed it");
-      return -1;
-    }
-    const std::filesystem::path folder = std::filesystem::absolute(m_path).parent_path();
-    return static_cast<long>(m_gltf.Add("images", {{"uri", RelativeURI(folder, path)}}));
-  }
-
-  // The bytes of a picture file, or of an "ARCHIVE!/entry" of the
-  // document's archive.
-  std::string ReadPicture(const std::string& path) const {
-    const std::string_view entryName = GetArchiveEntryOfPath(m_document, path);
-    if (entryName.empty()) return ReadBytes(path);
-    // A document read from memory has no archive file to open again.
-    std::error_code ec;
-    const OxKernel::oxString file = m_document.GetFileURI().GetFilePath();
-    if (!std::filesystem::is_regular_file(file.View(), ec)) return {};
-    std::unique_ptr<OxKernel::oxArchive> archive;
-    if (OxKernel::oxArchive::OpenFile(archive, file, m_document.GetFileURI().GetString().View()) !=
-        0)
-      return {};
-    const auto* entry = archive->Find(entryName);
-    OxKernel::oxArray<char> bytes;
-    if (!entry || archive->Read(*entry, bytes) != 0) return {};
-    return std::string(bytes.data(), entry->size);
-  }
-
-  void UseExtension(const std::string& name) {
-    if (std::find(m_extensions.begin(), m_extensions.end(), name) == m_extensions.end())
-      m_extensions.push_back(name);
-  }
-
   void ReportLeftOut() {
-    for (const auto& [what, count] : m_leftOut) {
+    for (const auto& [what, count] : m_gltf.LeftOut()) {
       OX_LOG(OxKernel::kLogWarning,
              oxConcat(what, ": ", count, " left out (the converter does not carry them over)"));
     }
@@ -948,12 +682,10 @@ class Converter {
 
   const oxDAEFile& m_document;
   std::string m_path;
-  bool m_binary = false;
   oxGltfBuilder m_gltf;
   std::map<const oxDAEGeometry*, std::vector<oxGltfPrimitive>> m_geometries;
   std::map<std::pair<const oxDAEGeometry*, std::vector<long>>, long> m_meshes;
-  std::map<const oxDAEMaterial*, long> m_materials;
-  std::map<const oxDAEImage*, long> m_textures;
+  oxGltfMaterials m_materials;
   oxGltfOptions m_options;
   double m_fps = 30.0;
   oxDocumentAnimations m_animations;
@@ -980,8 +712,6 @@ class Converter {
   std::vector<size_t> m_extraRoots;
   std::map<const oxDAECamera*, long> m_cameras;
   std::map<const oxDAELight*, long> m_lights;
-  std::map<std::string, size_t> m_leftOut;
-  std::vector<std::string> m_extensions;
 };
 
 }  // namespace
@@ -1005,13 +735,15 @@ const oxDAEVisualScene* FindVisualScene(const oxDAEFile& document, std::string_v
 int ConvertToGltf(const oxDAEFile& document, const std::string& path,
                   const oxGltfOptions& options) {
   const oxDAEVisualScene* scene = FindVisualScene(document, options.scene);
-  if (!scene) {
-    OX_LOG(OxKernel::kLogError, options.scene.empty()
-                                    ? std::string("the document has no visual scene to convert")
-                                    : oxConcat("no visual scene with id '", options.scene, "'"));
+  if (!scene && !options.scene.empty()) {
+    OX_LOG(OxKernel::kLogError, oxConcat("no visual scene with id '", options.scene, "'"));
     return kGltfNoScene;
   }
-  return Converter(document, path, options).Run(*scene);
+  if (!scene) {
+    OX_LOG(OxKernel::kLogWarning,
+           "the document has no visual scene; each geometry becomes a root node of its own");
+  }
+  return Converter(document, path, options).Run(scene);
 }
 
 }  // namespace OxDAEConvert

@@ -48,31 +48,6 @@ OxMath::oxMatrix44 LookAtMatrix(const OxMath::oxMatrix44& module) {
   return result;
 }
 
-// The floats a transform's text lists, from its static matrix (or axis and
-// angle); empty for a lookat or skew, which are not evaluated here.
-std::vector<double> StaticValues(const Transform& transform) {
-  const OxMath::oxMatrix44 m = transform.GetTransformMatrix();
-  if (oxDAEHierarchyElement::TranslateElement::DynamicCast(&transform))
-    return {m.m[12], m.m[13], m.m[14]};
-  if (oxDAEHierarchyElement::ScaleElement::DynamicCast(&transform))
-    return {m.m[0], m.m[5], m.m[10]};
-  if (const auto* rotate = oxDAEHierarchyElement::RotateElement::DynamicCast(&transform)) {
-    const OxMath::oxGenVec3<float> axis = rotate->GetRotateAxis();
-    return {axis.x, axis.y, axis.z, rotate->GetRotateAngle()};
-  }
-  if (oxDAEHierarchyElement::MatrixElement::DynamicCast(&transform)) {
-    // The text lists the rows of the column-vector matrix; the host keeps
-    // it transposed.
-    std::vector<double> values(16);
-    for (int i = 0; i < 4; ++i) {
-      for (int j = 0; j < 4; ++j)
-        values[4 * i + j] = m.m[4 * j + i];
-    }
-    return values;
-  }
-  return {};
-}
-
 // The matrix of a transform with the values `v` (as StaticValues lists them).
 OxMath::oxMatrix44 MatrixOf(const Transform& transform, const std::vector<double>& v) {
   OxMath::oxMatrix44 m;
@@ -134,7 +109,39 @@ int MemberOf(std::string_view path) {
   return -1;
 }
 
+// True when `channel` belongs to `animation` or to one nested in it.
+bool IsWithin(const oxDAEChannel& channel, const oxDAEAnimation& animation) {
+  for (const oxDAEAnimation* a = oxDAEAnimation::DynamicCast(channel.parent); a;
+       a = a->parentAnimation) {
+    if (a == &animation) return true;
+  }
+  return false;
+}
+
 }  // namespace
+
+std::vector<double> StaticValues(const Transform& transform) {
+  const OxMath::oxMatrix44 m = transform.GetTransformMatrix();
+  if (oxDAEHierarchyElement::TranslateElement::DynamicCast(&transform))
+    return {m.m[12], m.m[13], m.m[14]};
+  if (oxDAEHierarchyElement::ScaleElement::DynamicCast(&transform))
+    return {m.m[0], m.m[5], m.m[10]};
+  if (const auto* rotate = oxDAEHierarchyElement::RotateElement::DynamicCast(&transform)) {
+    const OxMath::oxGenVec3<float> axis = rotate->GetRotateAxis();
+    return {axis.x, axis.y, axis.z, rotate->GetRotateAngle()};
+  }
+  if (oxDAEHierarchyElement::MatrixElement::DynamicCast(&transform)) {
+    // The text lists the rows of the column-vector matrix; the host keeps
+    // it transposed.
+    std::vector<double> values(16);
+    for (int i = 0; i < 4; ++i) {
+      for (int j = 0; j < 4; ++j)
+        values[4 * i + j] = m.m[4 * j + i];
+    }
+    return values;
+  }
+  return {};
+}
 
 OxMath::oxMatrix44 LocalMatrix(const oxDAENode& node) {
   static const oxNodeAnimation kStill;
@@ -153,11 +160,12 @@ void oxAnimatedSpan::Finish() {
   keyTimes.erase(std::unique(keyTimes.begin(), keyTimes.end()), keyTimes.end());
 }
 
-oxDocumentAnimations CollectAnimations(const oxDAEFile& document) {
+oxDocumentAnimations CollectAnimations(const oxDAEFile& document, const oxDAEAnimation* only) {
   oxDocumentAnimations animations;
   for (const auto& element : document.GetElements()) {
     const auto* channel = oxDAEChannel::DynamicCast(element.get());
     if (!channel || !channel->sampler || !channel->target) continue;
+    if (only && !IsWithin(*channel, *only)) continue;
     const oxDAEChannelTarget* owner =
         channel->target->GetTargetParent() ? channel->target->GetTargetParent() : channel->target;
     const auto* transform = Transform::DynamicCast(owner->GetContainerParent());
@@ -187,26 +195,51 @@ oxDocumentAnimations CollectAnimations(const oxDAEFile& document) {
   return animations;
 }
 
+std::vector<double> TransformValuesAt(const Transform& transform, const oxNodeAnimation& animation,
+                                      float time) {
+  std::vector<double> values = StaticValues(transform);
+  for (const oxTransformChannel& channel : animation.channels) {
+    if (channel.transform != &transform || values.empty()) continue;
+    std::vector<float> value(channel.curve.GetStride());
+    channel.curve.Evaluate(time, value.data());
+    if (channel.member < 0) {
+      for (size_t i = 0; i < std::min(values.size(), value.size()); ++i)
+        values[i] = value[i];
+    } else if (static_cast<size_t>(channel.member) < values.size()) {
+      values[static_cast<size_t>(channel.member)] = value[0];
+    }
+  }
+  return values;
+}
+
+oxTrsPart PartOf(const Transform& transform) {
+  if (oxDAEHierarchyElement::TranslateElement::DynamicCast(&transform))
+    return oxTrsPart::kTranslation;
+  if (oxDAEHierarchyElement::RotateElement::DynamicCast(&transform)) return oxTrsPart::kRotation;
+  if (oxDAEHierarchyElement::ScaleElement::DynamicCast(&transform)) return oxTrsPart::kScale;
+  return oxTrsPart::kOther;
+}
+
+bool HasTrsOrder(const oxDAENode& node) {
+  oxTrsPart last = oxTrsPart::kTranslation;
+  for (const auto& transform : node.transforms) {
+    const oxTrsPart part = PartOf(*transform);
+    if (part == oxTrsPart::kOther || part < last) return false;
+    last = part;
+  }
+  return true;
+}
+
 OxMath::oxMatrix44 LocalMatrixAt(const oxDAENode& node, const oxNodeAnimation& animation,
-                                 float time) {
+                                 float time, oxTrsPart only) {
   OxMath::oxMatrix44 result;
   for (const auto& owned : node.transforms) {
     const Transform& transform = *owned;
-    std::vector<double> values = StaticValues(transform);
-    for (const oxTransformChannel& channel : animation.channels) {
-      if (channel.transform != &transform || values.empty()) continue;
-      std::vector<float> value(channel.curve.GetStride());
-      channel.curve.Evaluate(time, value.data());
-      if (channel.member < 0) {
-        for (size_t i = 0; i < std::min(values.size(), value.size()); ++i)
-          values[i] = value[i];
-      } else if (static_cast<size_t>(channel.member) < values.size()) {
-        values[static_cast<size_t>(channel.member)] = value[0];
-      }
-    }
-    const OxMath::oxMatrix44 matrix = oxDAEHierarchyElement::LookAtElement::DynamicCast(&transform)
-                                          ? LookAtMatrix(transform.GetTransformMatrix())
-                                          : MatrixOf(transform, values);
+    if (only != oxTrsPart::kOther && PartOf(transform) != only) continue;
+    const OxMath::oxMatrix44 matrix =
+        oxDAEHierarchyElement::LookAtElement::DynamicCast(&transform)
+            ? LookAtMatrix(transform.GetTransformMatrix())
+            : MatrixOf(transform, TransformValuesAt(transform, animation, time));
     result.MultiplyAB(result, matrix);
   }
   return result;
@@ -232,6 +265,11 @@ std::optional<oxTRS> Decompose(const OxMath::oxMatrix44& matrix) {
   for (int c = 0; c < 3; ++c) {
     for (int i = 0; i < 3; ++i)
       r[i][c] = columns[c][i] / trs.scale[c];
+  }
+  for (int a = 0; a < 3; ++a) {
+    const int b = (a + 1) % 3;
+    if (std::abs(r[0][a] * r[0][b] + r[1][a] * r[1][b] + r[2][a] * r[2][b]) > 1e-4)
+      trs.exact = false;
   }
   // The quaternion of the rotation matrix, from its largest diagonal term.
   const double trace = r[0][0] + r[1][1] + r[2][2];

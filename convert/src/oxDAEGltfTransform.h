@@ -62,12 +62,35 @@ struct oxDocumentAnimations {
   std::map<const OxDAEReader::oxDAEMorph*, oxMorphAnimation> morphs;
   size_t others = 0;
 };
-oxDocumentAnimations CollectAnimations(const OxDAEReader::oxDAEFile& document);
+// With `only`, the channels of that animation and those nested in it.
+oxDocumentAnimations CollectAnimations(const OxDAEReader::oxDAEFile& document,
+                                       const OxDAEReader::oxDAEAnimation* only = nullptr);
+
+// The floats a transform's text lists (translate and scale x y z, rotate
+// x y z angle, a matrix's sixteen row by row), from its static value; empty
+// for a lookat or skew, which are not animated here.
+std::vector<double> StaticValues(const OxDAEReader::oxDAEHierarchyElement::TransformElement& t);
+// The same floats at `time`, the members `animation` drives evaluated on
+// their exact curves.
+std::vector<double> TransformValuesAt(
+    const OxDAEReader::oxDAEHierarchyElement::TransformElement& transform,
+    const oxNodeAnimation& animation, float time);
+
+// The part of glTF's translation, rotation and scale a transform makes;
+// kOther for a matrix, lookat or skew.
+enum class oxTrsPart { kTranslation, kRotation, kScale, kOther };
+oxTrsPart PartOf(const OxDAEReader::oxDAEHierarchyElement::TransformElement& transform);
+// True when the node's transforms are translations, then rotations, then
+// scales (each kind may be absent): its local matrix is then glTF's
+// translation * rotation * scale, each part the product of its transforms.
+bool HasTrsOrder(const OxDAEReader::oxDAENode& node);
 
 // The node's local matrix at `time`, its driven transforms evaluated on the
-// exact curves of `animation`.
+// exact curves of `animation`; with `only` set to a part, the product of
+// that part's transforms alone.
 OxMath::oxMatrix44 LocalMatrixAt(const OxDAEReader::oxDAENode& node,
-                                 const oxNodeAnimation& animation, float time);
+                                 const oxNodeAnimation& animation, float time,
+                                 oxTrsPart only = oxTrsPart::kOther);
 
 // A matrix split into translation, rotation (a unit quaternion x, y, z, w)
 // and scale; null when it does not split (a projection, or a zero scale).
@@ -75,6 +98,10 @@ struct oxTRS {
   std::array<double, 3> translation = {0, 0, 0};
   std::array<double, 4> rotation = {0, 0, 0, 1};
   std::array<double, 3> scale = {1, 1, 1};
+  // False when the matrix shears (its columns are not at right angles):
+  // the rotation is then that of its columns, which the three parts only
+  // approach.
+  bool exact = true;
 };
 std::optional<oxTRS> Decompose(const OxMath::oxMatrix44& matrix);
 

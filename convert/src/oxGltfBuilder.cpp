@@ -105,6 +105,11 @@ size_t oxGltfBuilder::AddEmbeddedImage(const std::string& bytes, const std::stri
   return Add("images", {{"bufferView", view}, {"mimeType", mimeType}});
 }
 
+void oxGltfBuilder::UseExtension(const std::string& extension) {
+  Json& used = m_root["extensionsUsed"];
+  if (std::find(used.begin(), used.end(), extension) == used.end()) used.push_back(extension);
+}
+
 bool oxGltfBuilder::Save(const std::string& path) {
   const bool binary = path.size() >= 4 && path.ends_with(".glb");
   while (m_buffer.size() % 4 != 0)

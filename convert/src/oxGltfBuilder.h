@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -49,12 +50,20 @@ class oxGltfBuilder {
   // index.
   size_t AddEmbeddedImage(const std::string& bytes, const std::string& mimeType);
 
+  // Names `extension` in "extensionsUsed" (once).
+  void UseExtension(const std::string& extension);
+  // Counts one `what` (a tag, a kind of value) left out of the glTF.
+  void LeaveOut(const std::string& what) { ++m_leftOut[what]; }
+  // What was left out, with how often, for one warning each.
+  const std::map<std::string, size_t>& LeftOut() const { return m_leftOut; }
+
   // Writes `path`: a .glb when it ends in ".glb", else JSON with the buffer
   // in PATH-without-extension.bin. False when a file cannot be written.
   bool Save(const std::string& path);
 
  private:
   Json m_root;
+  std::map<std::string, size_t> m_leftOut;
   // In the host's large, unzeroed blocks: a converted document's buffer is
   // about as large as the document.
   OxKernel::oxArray<uint8_t> m_buffer;

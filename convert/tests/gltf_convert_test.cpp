@@ -42,8 +42,14 @@ class GltfConvert : public oxtest::DocumentTest {
   // Converts the loaded document to a .gltf and reads it back.
   void Convert() {
     ASSERT_EQ(rc, 0);
+    ConvertAt(30);
+  }
+  // Converts with `fps` samples a second where curves are sampled.
+  void ConvertAt(double fps) {
+    OxDAEConvert::oxGltfOptions options;
+    options.fps = fps;
     log.Clear();
-    ASSERT_EQ(OxDAEConvert::ConvertToGltf(document, out.Path()), 0);
+    ASSERT_EQ(OxDAEConvert::ConvertToGltf(document, out.Path(), options), 0);
     gltf = json::parse(oxtest::ReadFile(out.Path()));
     const std::string bin = std::filesystem::path(out.Path()).replace_extension(".bin").string();
     buffer = oxtest::ReadFile(bin);
@@ -257,6 +263,25 @@ TEST_XML(GltfConvert, UnknownSceneIsRefused, MeshDocument("0 0 0 1 0 0 0 1 0", "
   EXPECT_EQ(log.entries, std::vector{oxtest::Error("no visual scene with id 'elsewhere'")});
 }
 
+TEST_XML(GltfConvert, DocumentWithoutAVisualSceneShowsEachGeometry,
+         oxtest::Collada(R"(<library_geometries>
+           <geometry id="empty"><mesh/></geometry>
+           <geometry id="tri" name="Triangle"><mesh>
+           <source id="p"><float_array id="pa" count="9">0 0 0 1 0 0 0 1 0</float_array>
+           <technique_common><accessor source="#pa" count="3" stride="3"/></technique_common>
+           </source><vertices id="v"><input semantic="POSITION" source="#p"/></vertices>
+           <triangles count="1" material="m"><input semantic="VERTEX" source="#v" offset="0"/>
+           <p>0 1 2</p></triangles></mesh></geometry></library_geometries>)")) {
+  Convert();
+  EXPECT_EQ(
+      log.entries,
+      (std::vector{oxtest::Warning("the document has no visual scene; each geometry becomes a root "
+                                   "node of its own")}));
+  EXPECT_EQ(gltf["scenes"][0]["nodes"], json::parse("[0]"));
+  EXPECT_EQ(gltf["nodes"][0], json::parse(R"({"mesh": 0, "name": "Triangle"})"));
+  EXPECT_FALSE(Primitive(0).contains("material"));
+}
+
 TEST_XML(GltfConvert, UnwritableOutputIsAnError, MeshDocument("0 0 0 1 0 0 0 1 0", "")) {
   ASSERT_EQ(rc, 0);
   log.Clear();
@@ -292,35 +317,199 @@ const std::string kAnimatedNode = oxtest::Collada(R"(<library_animations><animat
 
 }  // namespace
 
-TEST_XML(GltfConvert, AnimatedNodeIsSampledOnItsExactCurves, kAnimatedNode) {
+TEST_XML(GltfConvert, LinearAndStepKeysAreTakenOver, kAnimatedNode) {
   ASSERT_EQ(rc, 0);
-  OxDAEConvert::oxGltfOptions options;
-  options.fps = 4;
-  log.Clear();
-  ASSERT_EQ(OxDAEConvert::ConvertToGltf(document, out.Path(), options), 0);
+  ConvertAt(4);
   EXPECT_EQ(log.entries, oxtest::kNoLog);
-  gltf = json::parse(oxtest::ReadFile(out.Path()));
-  buffer = oxtest::ReadFile(std::filesystem::path(out.Path()).replace_extension(".bin").string());
   const json& node = gltf["nodes"][0];
   EXPECT_EQ(node["translation"], json::parse("[0, 5, 0]"));
   EXPECT_EQ(node["rotation"], json::parse("[0, 0, 0, 1]"));
+  EXPECT_EQ(node["scale"], json::parse("[1, 1, 1]"));
   EXPECT_FALSE(node.contains("matrix"));
   const json& animation = gltf["animations"][0];
-  ASSERT_EQ(animation["channels"].size(), 3u);
+  ASSERT_EQ(animation["channels"].size(), 2u);
   EXPECT_EQ(animation["channels"][0]["target"],
             json::parse(R"({"node": 0, "path": "translation"})"));
+  EXPECT_EQ(animation["channels"][1]["target"], json::parse(R"({"node": 0, "path": "rotation"})"));
   const json& translation = animation["samplers"][0];
   EXPECT_EQ(translation["interpolation"], "LINEAR");
-  EXPECT_EQ(Read(translation["input"]), (Numbers{0, 0.25, 0.5, 0.75, 1}));
-  EXPECT_EQ(Read(translation["output"]),
-            (Numbers{0, 5, 0, 0.5, 5, 0, 1, 5, 0, 1.5, 5, 0, 2, 5, 0}));
+  EXPECT_EQ(Read(translation["input"]), (Numbers{0, 1}));
+  EXPECT_EQ(Read(translation["output"]), (Numbers{0, 5, 0, 2, 5, 0}));
   // STEP: no turn until the second key, then a quarter turn about z.
-  const Numbers rotations = Read(animation["samplers"][1]["output"]);
-  ASSERT_EQ(rotations.size(), 20u);
-  EXPECT_EQ((Numbers(rotations.begin() + 12, rotations.begin() + 16)), (Numbers{0, 0, 0, 1}));
-  EXPECT_NEAR(rotations[18], std::sqrt(0.5), 1e-6);
-  EXPECT_NEAR(rotations[19], std::sqrt(0.5), 1e-6);
-  std::remove(std::filesystem::path(out.Path()).replace_extension(".bin").string().c_str());
+  const json& rotation = animation["samplers"][1];
+  EXPECT_EQ(rotation["interpolation"], "STEP");
+  EXPECT_EQ(Read(rotation["input"]), (Numbers{0, 1}));
+  const Numbers quaternions = Read(rotation["output"]);
+  ASSERT_EQ(quaternions.size(), 8u);
+  EXPECT_EQ((Numbers(quaternions.begin(), quaternions.begin() + 4)), (Numbers{0, 0, 0, 1}));
+  EXPECT_NEAR(quaternions[6], std::sqrt(0.5), 1e-6);
+  EXPECT_NEAR(quaternions[7], std::sqrt(0.5), 1e-6);
+}
+
+namespace {
+
+// Node "a" with `transforms`, and one animation whose sampler "s" reads
+// key times `times`, values `values` (stride `stride`), interpolations
+// `interpolations` and, when given, tangents `in` and `out` (one float a
+// key), driving `target`.
+std::string AnimatedDocument(std::string_view transforms, std::string_view target,
+                             std::string_view times, std::string_view values,
+                             std::string_view interpolations, std::string_view in = "",
+                             std::string_view out = "", int stride = 1) {
+  const auto count = [](std::string_view list) {
+    return std::count(list.begin(), list.end(), ' ') + 1;
+  };
+  const auto source = [&](std::string_view id, std::string_view list, int width) {
+    return OxKernel::oxConcat(
+        R"(<source id=")", id, R"("><float_array id=")", id, R"(-a" count=")", count(list), R"(">)",
+        list, R"(</float_array><technique_common><accessor source="#)", id, R"(-a" count=")",
+        count(list) / width, R"(" stride=")", width, R"("/></technique_common></source>)");
+  };
+  std::string tangents;
+  if (!in.empty()) {
+    tangents = source("in", in, 1) + source("out", out, 1);
+  }
+  return oxtest::Collada(OxKernel::oxConcat(
+      R"(<library_animations><animation id="m">)", source("t", times, 1),
+      source("v", values, stride), tangents, R"(<source id="i"><Name_array id="i-a" count=")",
+      count(interpolations), R"(">)", interpolations,
+      R"(</Name_array><technique_common><accessor source="#i-a" count=")", count(interpolations),
+      R"("/></technique_common></source><sampler id="s">
+      <input semantic="INPUT" source="#t"/><input semantic="OUTPUT" source="#v"/>
+      <input semantic="INTERPOLATION" source="#i"/>)",
+      in.empty() ? "" : R"(<input semantic="IN_TANGENT" source="#in"/>
+      <input semantic="OUT_TANGENT" source="#out"/>)",
+      R"(</sampler><channel source="#s" target=")", target, R"("/></animation>
+      </library_animations><library_visual_scenes><visual_scene id="vs"><node id="a">)",
+      transforms, R"(</node></visual_scene></library_visual_scenes>)"));
+}
+
+// glTF's cubic spline between two keys at fraction `s` of the span `dt`.
+double CubicSpline(double v0, double out0, double in1, double v1, double dt, double s) {
+  const double s2 = s * s, s3 = s2 * s;
+  return (2 * s3 - 3 * s2 + 1) * v0 + (s3 - 2 * s2 + s) * dt * out0 + (-2 * s3 + 3 * s2) * v1 +
+         (s3 - s2) * dt * in1;
+}
+
+}  // namespace
+
+// x runs from 0 to 6 over two seconds on a Bezier curve with control
+// values 1 and 4 at a third and two thirds of the time.
+TEST_XML(GltfConvert, BezierKeysBecomeACubicSplineWithTheirTangents,
+         AnimatedDocument(R"(<translate sid="t">0 5 0</translate>)", "a/t.X", "0 2", "0 6",
+                          "BEZIER BEZIER", "0 2", "1 0")) {
+  ASSERT_EQ(rc, 0);
+  ConvertAt(4);
+  EXPECT_EQ(log.entries, oxtest::kNoLog);
+  const json& sampler = gltf["animations"][0]["samplers"][0];
+  EXPECT_EQ(sampler["interpolation"], "CUBICSPLINE");
+  EXPECT_EQ(Read(sampler["input"]), (Numbers{0, 2}));
+  // Per key: in-tangent, value, out-tangent. Leaving 0 towards 1 over a
+  // third of 2 s: 1.5 a second; arriving at 6 from 4: 3 a second.
+  const Numbers keyed = Read(sampler["output"]);
+  EXPECT_EQ(keyed, (Numbers{0, 0, 0, 0, 5, 0, 1.5, 0, 0, 3, 0, 0, 6, 5, 0, 0, 0, 0}));
+  // Halfway the Bezier curve is at 0.125 * 0 + 0.375 * 1 + 0.375 * 4 +
+  // 0.125 * 6 = 2.625; so is the spline.
+  EXPECT_DOUBLE_EQ(CubicSpline(keyed[3], keyed[6], keyed[9], keyed[12], 2, 0.5), 2.625);
+}
+
+TEST_XML(GltfConvert, ScaleTangentsAreMultipliedByTheStillScales,
+         AnimatedDocument(R"(<scale>2 2 2</scale><scale sid="s">1 1 1</scale>)", "a/s.Y", "0 1",
+                          "1 4", "HERMITE HERMITE", "0 3", "3 0")) {
+  ASSERT_EQ(rc, 0);
+  ConvertAt(4);
+  const json& sampler = gltf["animations"][0]["samplers"][0];
+  EXPECT_EQ(sampler["interpolation"], "CUBICSPLINE");
+  EXPECT_EQ(gltf["animations"][0]["channels"][0]["target"]["path"], "scale");
+  // A one-dimensional Hermite tangent is the slope over the segment: 3 a
+  // second, times the still scale 2.
+  EXPECT_EQ(Read(sampler["output"]),
+            (Numbers{0, 0, 0, 2, 2, 2, 0, 6, 0, 0, 6, 0, 2, 8, 2, 0, 0, 0}));
+}
+
+TEST_XML(GltfConvert, RotationOfHalfATurnOrMoreGetsKeysInBetween,
+         AnimatedDocument(R"(<rotate sid="r">0 0 1 0</rotate>)", "a/r.ANGLE", "0 1", "0 270",
+                          "LINEAR LINEAR")) {
+  ASSERT_EQ(rc, 0);
+  ConvertAt(4);
+  const json& sampler = gltf["animations"][0]["samplers"][0];
+  EXPECT_EQ(sampler["interpolation"], "LINEAR");
+  const Numbers times = Read(sampler["input"]);
+  ASSERT_EQ(times.size(), 4u);
+  EXPECT_NEAR(times[1], 1.0 / 3, 1e-7);
+  EXPECT_NEAR(times[2], 2.0 / 3, 1e-7);
+  // 0, 90, 180 and 270 degrees about z, each on the side of the one before.
+  const Numbers q = Read(sampler["output"]);
+  const double h = std::sqrt(0.5);
+  const Numbers expected = {0, 0, 0, 1, 0, 0, h, h, 0, 0, 1, 0, 0, 0, h, -h};
+  ASSERT_EQ(q.size(), expected.size());
+  for (size_t i = 0; i < q.size(); ++i)
+    EXPECT_NEAR(q[i], expected[i], 1e-6) << i;
+}
+
+TEST_XML(GltfConvert, CurveGltfCannotDrawIsSampled,
+         AnimatedDocument(R"(<translate sid="t">0 0 0</translate>)", "a/t.X", "0 1 2", "0 1 0",
+                          "CARDINAL CARDINAL CARDINAL")) {
+  ASSERT_EQ(rc, 0);
+  ConvertAt(2);
+  const json& sampler = gltf["animations"][0]["samplers"][0];
+  EXPECT_EQ(sampler["interpolation"], "LINEAR");
+  EXPECT_EQ(Read(sampler["input"]), (Numbers{0, 0.5, 1, 1.5, 2}));
+  // Catmull-Rom through 0, 1, 0 with the ends repeated: 0.5625 halfway.
+  EXPECT_EQ(Read(sampler["output"]),
+            (Numbers{0, 0, 0, 0.5625, 0, 0, 1, 0, 0, 0.5625, 0, 0, 0, 0, 0}));
+}
+
+TEST_XML(GltfConvert, NodeOutOfTrsOrderIsSampledWhole,
+         AnimatedDocument(R"(<rotate>0 0 1 90</rotate><translate sid="t">0 0 0</translate>)",
+                          "a/t.X", "0 1", "0 2", "LINEAR LINEAR")) {
+  ASSERT_EQ(rc, 0);
+  ConvertAt(2);
+  const json& animation = gltf["animations"][0];
+  ASSERT_EQ(animation["channels"].size(), 3u);
+  EXPECT_EQ(Read(animation["samplers"][0]["input"]), (Numbers{0, 0.5, 1}));
+  // The translate comes after the quarter turn: x moves along y.
+  const Numbers t = Read(animation["samplers"][0]["output"]);
+  ASSERT_EQ(t.size(), 9u);
+  EXPECT_NEAR(t[7], 2, 1e-6);
+  EXPECT_NEAR(t[6], 0, 1e-6);
+}
+
+// A matrix moving from the identity to a quarter turn about z with x
+// doubled, keys at 0 and 1 (rows of the column-vector matrix).
+TEST_XML(GltfConvert, AnimatedMatrixKeysAreTakenOverAsPoses,
+         AnimatedDocument(R"(<matrix sid="m">1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1</matrix>)", "a/m",
+                          "0 1", "1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1 0 -1 0 3 2 0 0 0 0 0 1 0 0 0 0 1",
+                          "LINEAR LINEAR", "", "", 16)) {
+  ASSERT_EQ(rc, 0);
+  ConvertAt(30);
+  EXPECT_EQ(log.entries, oxtest::kNoLog);
+  const json& animation = gltf["animations"][0];
+  ASSERT_EQ(animation["samplers"].size(), 3u);
+  for (const json& sampler : animation["samplers"]) {
+    EXPECT_EQ(sampler["interpolation"], "LINEAR");
+    EXPECT_EQ(Read(sampler["input"]), (Numbers{0, 1}));
+  }
+  EXPECT_EQ(Read(animation["samplers"][0]["output"]), (Numbers{0, 0, 0, 3, 0, 0}));
+  const Numbers q = Read(animation["samplers"][1]["output"]);
+  ASSERT_EQ(q.size(), 8u);
+  EXPECT_NEAR(q[6], std::sqrt(0.5), 1e-6);
+  EXPECT_NEAR(q[7], std::sqrt(0.5), 1e-6);
+  // The first column, (0, 2, 0), is x scaled by 2 and turned onto y.
+  EXPECT_EQ(Read(animation["samplers"][2]["output"]), (Numbers{1, 1, 1, 2, 1, 1}));
+}
+
+TEST_XML(GltfConvert, ShearingAnimatedMatrixIsNamed,
+         AnimatedDocument(R"(<matrix sid="m">1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1</matrix>)", "a/m",
+                          "0 1", "1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1 1 1 0 0 0 1 0 0 0 0 1 0 0 0 0 1",
+                          "LINEAR LINEAR", "", "", 16)) {
+  ASSERT_EQ(rc, 0);
+  ConvertAt(30);
+  EXPECT_EQ(log.entries,
+            (std::vector{oxtest::Warning(
+                "node 'a': its animated matrix shears, which glTF's translation, rotation and "
+                "scale cannot hold; the rotation of its columns is kept")}));
+  EXPECT_EQ(gltf["animations"][0]["samplers"].size(), 3u);
 }
 
 TEST_XML(GltfConvert, CamerasAndLightsBecomeGltfOnes, oxtest::Collada(R"(<library_cameras>
@@ -635,4 +824,89 @@ TEST_XML(GltfConvert, MorphWeightsAreAnimatedOnTheirNode,
   EXPECT_EQ(Read(sampler["input"]), (Numbers{0, 0.5, 1}));
   EXPECT_EQ(Read(sampler["output"]), (Numbers{0, 0.5, 1}));
   std::remove(std::filesystem::path(out.Path()).replace_extension(".bin").string().c_str());
+}
+
+namespace {
+
+// A triangle with texture coordinates whose material "m" shows `picture`
+// through a sampler with `samplerChildren` (wrap and filter words), its
+// effect carrying `effectExtra`.
+std::string TexturedDocument(const std::string& picture, std::string_view samplerChildren,
+                             std::string_view effectExtra = "") {
+  return MeshDocument(
+      "0 0 0 1 0 0 0 1 0",
+      R"(<source id="uv"><float_array id="uva" count="6">0 0 1 0 0 1</float_array>
+         <technique_common><accessor source="#uva" count="3" stride="2"/></technique_common>
+         </source><triangles count="1" material="m">
+         <input semantic="VERTEX" source="#v" offset="0"/>
+         <input semantic="TEXCOORD" source="#uv" offset="0" set="0"/><p>0 1 2</p></triangles>)",
+      R"(<bind_material><technique_common><instance_material symbol="m" target="#mat"/>
+         </technique_common></bind_material>)",
+      OxKernel::oxConcat(R"(<library_images><image id="img"><init_from>file://)", picture,
+                         R"(</init_from></image></library_images>
+          <library_effects><effect id="e"><profile_COMMON>
+          <newparam sid="surface"><surface type="2D"><init_from>img</init_from></surface>
+          </newparam><newparam sid="sampler"><sampler2D><source>surface</source>)",
+                         samplerChildren, R"(</sampler2D></newparam>
+          <technique sid="t"><lambert><diffuse><texture texture="sampler" texcoord="uv0"/>
+          </diffuse></lambert></technique></profile_COMMON>)",
+                         effectExtra, R"(</effect></library_effects>
+          <library_materials><material id="mat"><instance_effect url="#e"/></material>
+          </library_materials>)"));
+}
+
+// The first bytes of a PNG file: enough for the converter to carry it.
+constexpr std::string_view kPngStart("\x89PNG\r\n\x1a\n\0\0\0\0", 12);
+
+}  // namespace
+
+TEST_F(GltfConvert, SamplerWrapAndFilterBecomeAGltfSampler) {
+  const oxtest::TempFile picture(kPngStart, ".png");
+  LoadText(TexturedDocument(picture.Path(), R"(<wrap_s>MIRROR</wrap_s><wrap_t>CLAMP</wrap_t>
+      <minfilter>LINEAR</minfilter><magfilter>NEAREST</magfilter>
+      <mipfilter>LINEAR</mipfilter>)"));
+  Convert();
+  ASSERT_EQ(gltf["textures"].size(), 1u);
+  EXPECT_EQ(gltf["textures"][0]["sampler"], 0);
+  EXPECT_EQ(gltf["samplers"][0], json::parse(R"({"magFilter": 9728, "minFilter": 9987,
+                                                 "wrapS": 33648, "wrapT": 33071})"));
+  EXPECT_EQ(gltf["materials"][0]["pbrMetallicRoughness"]["baseColorTexture"]["index"], 0);
+  EXPECT_EQ(log.entries, std::vector<oxtest::LogEntry>{});
+}
+
+TEST_F(GltfConvert, BorderWrapClampsToTheEdgeAndIsNamed) {
+  const oxtest::TempFile picture(kPngStart, ".png");
+  LoadText(TexturedDocument(picture.Path(), "<wrap_s>BORDER</wrap_s>"));
+  Convert();
+  EXPECT_EQ(gltf["samplers"][0], json::parse(R"({"wrapS": 33071})"));
+  EXPECT_EQ(log.entries,
+            (std::vector{oxtest::Warning("border colours of texture samplers (clamped to the "
+                                         "edge instead): 1 left out (the converter does not "
+                                         "carry them over)")}));
+}
+
+TEST_F(GltfConvert, SamplerWithoutWordsTakesGltfDefaults) {
+  const oxtest::TempFile picture(kPngStart, ".png");
+  LoadText(TexturedDocument(picture.Path(), ""));
+  Convert();
+  EXPECT_FALSE(gltf.contains("samplers"));
+  EXPECT_FALSE(gltf["textures"][0].contains("sampler"));
+}
+
+TEST_F(GltfConvert, DoubleSidedComesFromThe3dsMaxTechnique) {
+  const oxtest::TempFile picture(kPngStart, ".png");
+  LoadText(TexturedDocument(
+      picture.Path(), "",
+      R"(<extra><technique profile="MAX3D"><double_sided>1</double_sided></technique></extra>)"));
+  Convert();
+  EXPECT_EQ(gltf["materials"][0]["doubleSided"], true);
+}
+
+TEST_F(GltfConvert, MaterialIsOneSidedWithoutATechniqueSayingOtherwise) {
+  const oxtest::TempFile picture(kPngStart, ".png");
+  LoadText(TexturedDocument(
+      picture.Path(), "",
+      R"(<extra><technique profile="MAX3D"><double_sided>0</double_sided></technique></extra>)"));
+  Convert();
+  EXPECT_FALSE(gltf["materials"][0].contains("doubleSided"));
 }

@@ -90,7 +90,8 @@ class oxDAECurve {
   ControlPoint GetOutControl(size_t key, unsigned int component) const;
 
   // Writes the value at `time` into `out` (GetStride() floats). A curve
-  // without keys writes zeros.
+  // without keys writes zeros; at a key's time the key's value is written
+  // as it is, unless a BSPLINE segment starts there.
   void Evaluate(float time, float* out) const;
 
  private:

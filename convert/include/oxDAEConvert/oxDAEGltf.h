@@ -23,7 +23,7 @@ namespace OxDAEConvert {
 
 // Results of ConvertToGltf besides 0.
 enum oxGltfResult : int {
-  kGltfNoScene = -60,      // the document has no visual scene, or none with the asked id
+  kGltfNoScene = -60,      // no visual scene has the id the options ask for
   kGltfCannotWrite = -61,  // the output (or its .bin) cannot be written
 };
 
@@ -47,8 +47,9 @@ const OxDAEReader::oxDAEVisualScene* FindVisualScene(const OxDAEReader::oxDAEFil
 // Writes `document` as glTF 2.0 to `path`: one .glb file (buffer and
 // pictures inside) when the path ends in ".glb", else JSON with its buffer
 // in a .bin of the same name beside it and the pictures referenced by
-// relative paths. Returns 0, kGltfNoScene or kGltfCannotWrite, each failure
-// after a logged error.
+// relative paths. A document without a visual scene (a library of meshes)
+// gets a root node for each geometry, with a warning. Returns 0,
+// kGltfNoScene or kGltfCannotWrite, each failure after a logged error.
 int ConvertToGltf(const OxDAEReader::oxDAEFile& document, const std::string& path,
                   const oxGltfOptions& options = {});
 

@@ -1,4 +1,4 @@
-// oxdae tree FILE [--scene ID] [--time T [--animation ID]] [--json]: the
+// oxdae tree FILE [--scene ID] [--time T [--animation ID] [--exact]] [--json]: the
 // nodes of one visual scene, depth first in document order, with their
 // transforms, instances and matrices.
 //
@@ -6,7 +6,9 @@
 // instances, else the first of the document. A node's local matrix is its
 // static one; with --time it is evaluated at T under the animation named by
 // --animation, or else under the first animation of the document (nested
-// ones included) that drives any of the node's transforms. The world matrix
+// ones included) that drives any of the node's transforms. With --exact the
+// matrix is evaluated on the exact curves (oxDAEPose) of every animation's
+// channels, or of --animation's and those nested in it. The world matrix
 // composes the local one with the parent's world matrix as transforms
 // compose: world.MultiplyAB(parentWorld, local).
 //
@@ -14,6 +16,8 @@
 // keeps costs no stack.
 #include <algorithm>
 #include <optional>
+
+#include <oxDAEConvert/oxDAEPose.h>
 
 #include "oxdaeCommon.h"
 
@@ -30,6 +34,7 @@ struct TreeOptions {
   std::string scene;
   std::string animation;
   float time = 0.0f;  // read only when --time is given
+  bool exact = false;
   bool json = false;
 };
 
@@ -42,14 +47,20 @@ struct NodeVisit {
 };
 
 // How local matrices are evaluated: static without a time, else at `time`
-// under `chosen` or, when null, under each node's driving animation.
+// on `exact` curves when given, else under `chosen` or, when null, under
+// each node's driving animation.
 class LocalMatrices {
  public:
-  LocalMatrices(const oxDAEFile& document, std::optional<float> time, const oxDAEAnimation* chosen)
-      : m_animations(AllOf<oxDAEAnimation>(document)), m_time(time), m_chosen(chosen) {}
+  LocalMatrices(const oxDAEFile& document, std::optional<float> time, const oxDAEAnimation* chosen,
+                const OxDAEConvert::oxDAEPose* exact)
+      : m_animations(AllOf<oxDAEAnimation>(document)),
+        m_time(time),
+        m_chosen(chosen),
+        m_exact(exact) {}
 
   oxMatrix44 Of(const oxDAENode& node) const {
     if (!m_time) return node.ComputeLocalMatrix();
+    if (m_exact) return m_exact->LocalMatrix(node, *m_time);
     return node.ComputeLocalMatrix(*m_time, m_chosen ? m_chosen : DrivingAnimation(node));
   }
 
@@ -73,6 +84,7 @@ class LocalMatrices {
   std::vector<const oxDAEAnimation*> m_animations;
   std::optional<float> m_time;
   const oxDAEAnimation* m_chosen;
+  const OxDAEConvert::oxDAEPose* m_exact;
 };
 
 // Calls `visit` for every node of `scene` as ForEachNode reaches it, with
@@ -235,7 +247,9 @@ int RunTree(const TreeOptions& options, std::optional<float> time) {
         FindRequested<oxDAEAnimation>(document, options.file, options.animation, "animation");
     if (!animation) return kExitFailure;
   }
-  const LocalMatrices locals(document, time, animation);
+  std::optional<OxDAEConvert::oxDAEPose> pose;
+  if (options.exact) pose.emplace(document, animation);
+  const LocalMatrices locals(document, time, animation, pose ? &*pose : nullptr);
   Print(
       options.json, [&] { return TreeJSON(scene, locals); },
       [&] { return TreeText(scene, locals); });
@@ -258,6 +272,11 @@ Command AddTree(CLI::App& tool) {
         ->add_option("--animation", options->animation,
                      "the id of the animation to evaluate (default: per node, the first that "
                      "drives it)")
+        ->needs(time);
+    command
+        ->add_flag("--exact", options->exact,
+                   "evaluate each curve as its INTERPOLATION says, every animation's channels "
+                   "together, rather than linearly")
         ->needs(time);
   });
   return {command, [options, time] {

@@ -1,0 +1,78 @@
+#include <oxDAEConvert/oxDAEMeshTriangles.h>
+
+#include <algorithm>
+#include <map>
+
+#include "oxDAEMeshGroups.h"
+#include "oxRecords.h"
+
+namespace OxDAEConvert {
+
+namespace {
+
+// Copies `width` floats of channel `c` of every vertex of `group` into
+// `out`, which gets an entry for every vertex before; missing records read
+// zeros except the last float of a four-float colour, which reads 1.
+template <size_t N>
+void AppendChannel(const oxMeshGroup& group, size_t c, size_t before,
+                   std::vector<std::array<float, N>>& out) {
+  out.resize(before, std::array<float, N>{});
+  const unsigned int width = c == SIZE_MAX ? 0 : group.channels[c].width;
+  for (size_t i = 0; i < group.vertices.size(); ++i) {
+    std::array<float, N> value{};
+    if constexpr (N == 4) value[3] = 1.0f;
+    const int32_t record = c == SIZE_MAX ? -1 : group.vertices[i][c];
+    for (unsigned int j = 0; record >= 0 && j < std::min<unsigned int>(width, N); ++j) {
+      value[j] = static_cast<float>(
+          RecordFloat(group.channels[c].accessor, static_cast<size_t>(record), j));
+    }
+    out.push_back(value);
+  }
+}
+
+// The channel named `name` in `group`, SIZE_MAX when none.
+size_t NamedChannel(const oxMeshGroup& group, std::string_view name) {
+  for (size_t c = 0; c < group.channels.size(); ++c) {
+    if (group.channels[c].name == name) return c;
+  }
+  return SIZE_MAX;
+}
+
+}  // namespace
+
+oxMeshTriangles MeshTriangles(const OxDAEReader::oxDAEGeometry& geometry) {
+  oxMeshTriangles mesh;
+  if (!geometry.mesh) return mesh;
+  std::set<std::string> dropped;
+  const std::vector<oxMeshGroup> groups = GroupPrimitives(*geometry.mesh, dropped);
+  const auto has = [&groups](Kind kind) {
+    return std::any_of(groups.begin(), groups.end(),
+                       [kind](const oxMeshGroup& g) { return ChannelOf(g, kind) != SIZE_MAX; });
+  };
+  const bool normals = has(Kind::Normal);
+  const bool texcoords = std::any_of(groups.begin(), groups.end(), [](const oxMeshGroup& g) {
+    return NamedChannel(g, "TEXCOORD_0") != SIZE_MAX;
+  });
+  const bool colors = has(Kind::Color);
+  std::map<std::pair<std::string, bool>, size_t> parts;
+  for (const oxMeshGroup& group : groups) {
+    const size_t first = mesh.positions.size();
+    AppendChannel(group, ChannelOf(group, Kind::Position), first, mesh.positions);
+    if (normals) AppendChannel(group, ChannelOf(group, Kind::Normal), first, mesh.normals);
+    if (texcoords) AppendChannel(group, NamedChannel(group, "TEXCOORD_0"), first, mesh.texcoords);
+    if (colors) AppendChannel(group, ChannelOf(group, Kind::Color), first, mesh.colors);
+    const size_t position = ChannelOf(group, Kind::Position);
+    for (size_t i = 0; i < group.vertices.size(); ++i)
+      mesh.positionRecords.push_back(
+          static_cast<uint32_t>(std::max(group.vertices[i][position], 0)));
+    const bool lines = group.mode == 1;
+    const auto [at, added] = parts.try_emplace({group.symbol, lines}, mesh.parts.size());
+    if (added) mesh.parts.push_back({group.symbol, lines, {}});
+    std::vector<uint32_t>& indices = mesh.parts[at->second].indices;
+    for (const uint32_t index : group.indices)
+      indices.push_back(static_cast<uint32_t>(first + index));
+  }
+  return mesh;
+}
+
+}  // namespace OxDAEConvert
