@@ -60,9 +60,9 @@ TEST(Cli, NoArgumentsPrintsUsageAndExitsTwo) {
 }
 
 TEST(Cli, UnknownCommandIsNamedAndExitsTwo) {
-  const ToolRun run = Oxdae("render x");
+  const ToolRun run = Oxdae("paint x");
   EXPECT_EQ(run.code, 2);
-  EXPECT_TRUE(run.err.starts_with("oxdae: unknown command 'render'\n")) << run.err;
+  EXPECT_TRUE(run.err.starts_with("oxdae: unknown command 'paint'\n")) << run.err;
 }
 
 TEST(Cli, BadOptionsOrArgumentsExitTwoWithTheCommandUsage) {

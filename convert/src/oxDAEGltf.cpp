@@ -13,6 +13,8 @@
 #include <oxKernel/oxArchive.h>
 #include <oxKernel/oxLog.h>
 
+#include <oxDAEConvert/oxDAESkinning.h>
+
 #include "oxDAEGltfAnimation.h"
 #include "oxDAEGltfCommon.h"
 #include "oxDAEGltfMaterial.h"
@@ -491,28 +493,18 @@ class Converter {
     recorded.weights = weights;
   }
 
-  // The joint nodes a skin's JOINT source names, in its order: by sid below
-  // the instance's skeleton nodes, else by id, else by sid anywhere in the
-  // scene. False, after a warning, when one is not found.
+  // The joint nodes a skin's JOINT source names, in its order, found as
+  // FindJointNode finds them. False, after a warning, when one is not found.
   bool FindJoints(const oxDAESkin& skin, const oxDAEInstanceController& instance,
                   std::vector<const oxDAENode*>& joints, const std::string& name) {
-    const oxDAEInputElement* input = skin.joints ? skin.joints->GetInput("JOINT") : nullptr;
-    const oxDAEAccessor* accessor = input ? input->GetCommonAccessor() : nullptr;
-    const size_t count = accessor && accessor->source ? accessor->source->strings.size() : 0;
-    if (count == 0) {
+    const std::vector<std::string_view> names = SkinJointNames(skin);
+    if (names.empty()) {
       OX_LOG(OxKernel::kLogWarning, name + " names no joints; it is left out");
       return false;
     }
-    for (size_t i = 0; i < count; ++i) {
-      const std::string_view joint = accessor->source->strings[i].View();
-      const oxDAENode* found = nullptr;
-      for (const oxDAENode* root : instance.skeletonNodes) {
-        if ((found = FindNode(*root, joint))) break;
-      }
-      if (!found)
-        found = oxDAENode::DynamicCast(m_document.ResolveURI(oxString(oxConcat("#", joint))));
-      if (!found) found = FindInScene(joint);
-      if (!found || !m_sceneNodes.contains(found)) {
+    for (const std::string_view joint : names) {
+      const oxDAENode* found = FindJointNode(m_document, instance, joint, m_sceneNodeList);
+      if (!found) {
         OX_LOG(OxKernel::kLogWarning, oxConcat(name, ": its joint '", joint,
                                                "' is no node of the scene; the skin is left out"));
         return false;
@@ -520,25 +512,6 @@ class Converter {
       joints.push_back(found);
     }
     return true;
-  }
-
-  // The node below `root` (itself included) whose sid, else id, is `name`.
-  static const oxDAENode* FindNode(const oxDAENode& root, std::string_view name) {
-    std::vector<const oxDAENode*> pending = {&root};
-    while (!pending.empty()) {
-      const oxDAENode* node = pending.back();
-      pending.pop_back();
-      if (node->sid.View() == name || node->id.View() == name) return node;
-      pending.insert(pending.end(), node->nodes.begin(), node->nodes.end());
-    }
-    return nullptr;
-  }
-
-  const oxDAENode* FindInScene(std::string_view name) const {
-    for (const oxDAENode* node : m_sceneNodes) {
-      if (node->sid.View() == name || node->name.View() == name) return node;
-    }
-    return nullptr;
   }
 
   // The influences of every COLLADA vertex as glTF joint numbers (the
@@ -624,6 +597,7 @@ class Converter {
       const auto [node, depth] = pending.back();
       pending.pop_back();
       if (!m_sceneNodes.insert(node).second) continue;
+      m_sceneNodeList.push_back(node);
       for (const oxDAENode* child : node->nodes)
         pending.emplace_back(child, depth);
       for (const oxDAEInstance* instance : node->instances) {
@@ -701,6 +675,7 @@ class Converter {
   // The glTF nodes of each animated node (one per place it is instanced).
   std::map<const oxDAENode*, std::vector<size_t>> m_animatedNodes;
   std::set<const oxDAENode*> m_sceneNodes;
+  std::vector<const oxDAENode*> m_sceneNodeList;  // the same, in the order first reached
   // The first glTF node of each node, which skins name as their joint.
   std::map<const oxDAENode*, size_t> m_nodeIndex;
   struct PendingSkin {

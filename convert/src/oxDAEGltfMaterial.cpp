@@ -4,15 +4,14 @@
 #include <array>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <memory>
-#include <sstream>
 
 #include <oxDAEReadWrite/oxDAEElements_Fx_Param.h>
 #include <oxDAEReadWrite/oxDAEReadWrite_FilePath.h>
 #include <oxDAEReadWrite/oxDAETechniques_FCOLLADA.h>
-#include <oxKernel/oxArchive.h>
 #include <oxKernel/oxLog.h>
+
+#include <oxDAEConvert/oxDAEReferencedFile.h>
 
 #include "oxDAEGltfCommon.h"
 
@@ -63,13 +62,6 @@ int MagFilter(const oxDAEFxSampler& sampler) {
   const int mag = GltfNumber(kFilters, sampler.magFilter);
   if (mag >= 9984) return 9728 + (mag - 9984) % 2;
   return mag;
-}
-
-std::string ReadBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream bytes;
-  bytes << in.rdbuf();
-  return bytes.str();
 }
 
 // "image/png" or "image/jpeg" by the file's first bytes; empty otherwise.
@@ -272,7 +264,7 @@ long oxGltfMaterials::WriteImage(const oxDAEImage& image) {
     OX_LOG(OxKernel::kLogWarning, name + " names no picture found here; it is left out");
     return -1;
   }
-  const std::string bytes = ReadPicture(path);
+  const std::string bytes = ReadReferencedFile(m_document, path);
   if (bytes.empty()) {
     OX_LOG(OxKernel::kLogWarning,
            name +
@@ -294,24 +286,6 @@ long oxGltfMaterials::WriteImage(const oxDAEImage& image) {
   }
   const std::filesystem::path folder = std::filesystem::absolute(m_path).parent_path();
   return static_cast<long>(m_gltf.Add("images", {{"uri", RelativeURI(folder, path)}}));
-}
-
-// The bytes of a picture file, or of an "ARCHIVE!/entry" of the
-// document's archive.
-std::string oxGltfMaterials::ReadPicture(const std::string& path) const {
-  const std::string_view entryName = GetArchiveEntryOfPath(m_document, path);
-  if (entryName.empty()) return ReadBytes(path);
-  // A document read from memory has no archive file to open again.
-  std::error_code ec;
-  const OxKernel::oxString file = m_document.GetFileURI().GetFilePath();
-  if (!std::filesystem::is_regular_file(file.View(), ec)) return {};
-  std::unique_ptr<OxKernel::oxArchive> archive;
-  if (OxKernel::oxArchive::OpenFile(archive, file, m_document.GetFileURI().GetString().View()) != 0)
-    return {};
-  const auto* entry = archive->Find(entryName);
-  OxKernel::oxArray<char> bytes;
-  if (!entry || archive->Read(*entry, bytes) != 0) return {};
-  return std::string(bytes.data(), entry->size);
 }
 
 }  // namespace OxDAEConvert

@@ -36,7 +36,6 @@ class oxGltfMaterials {
   long SamplerFor(const OxDAEReader::oxDAEFxSampler* sampler);
   long ImageFor(const OxDAEReader::oxDAEImage& image);
   long WriteImage(const OxDAEReader::oxDAEImage& image);
-  std::string ReadPicture(const std::string& path) const;
 
   const OxDAEReader::oxDAEFile& m_document;
   oxGltfBuilder& m_gltf;

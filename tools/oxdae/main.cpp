@@ -33,9 +33,9 @@ int Run(int argc, char** argv) {
   CLI::App tool(kDescription, "oxdae");
   tool.set_version_flag("--version", "oxdae " PROJECT_VERSION);
   tool.require_subcommand(1);
-  const Command commands[] = {AddInfo(tool),     AddResave(tool), AddTree(tool),
-                              AddSample(tool),   AddCheck(tool),  AddMaterials(tool),
-                              AddTextures(tool), AddConvert(tool)};
+  const Command commands[] = {AddInfo(tool),     AddResave(tool),  AddTree(tool),
+                              AddSample(tool),   AddCheck(tool),   AddMaterials(tool),
+                              AddTextures(tool), AddConvert(tool), AddRender(tool)};
   for (const Command& command : commands)
     AddProgressFlag(*command.app);
   try {

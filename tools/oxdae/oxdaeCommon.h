@@ -49,6 +49,7 @@ Command AddCheck(CLI::App& tool);
 Command AddMaterials(CLI::App& tool);
 Command AddTextures(CLI::App& tool);
 Command AddConvert(CLI::App& tool);
+Command AddRender(CLI::App& tool);
 
 // Counts the log records while the default sink prints them.
 class LogCounter {

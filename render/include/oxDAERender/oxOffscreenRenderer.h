@@ -1,0 +1,52 @@
+// Drawing a gathered scene without a display: OSMesa's software renderer
+// into memory, with OpenGL's fixed-function pipeline.
+#pragma once
+
+#include <memory>
+
+#include "oxDAERender/oxRenderPicture.h"
+#include "oxDAERender/oxRenderScene.h"
+#include "oxDAERender/oxRenderView.h"
+
+namespace OxDAERender {
+
+// How a scene is drawn.
+struct oxDrawOptions {
+  // Also draw every triangle's edges, dark, over the shaded surfaces.
+  bool wireframe = false;
+};
+
+// An OSMesa context with an RGBA colour buffer and a 24-bit depth buffer of
+// one size. It owns the context and the buffer; it can be reused for many
+// pictures of that size, on the thread that made it.
+class oxOffscreenRenderer {
+ public:
+  // A renderer of `width` x `height` pixels (each 1..8192); IsValid() is
+  // false when OSMesa cannot make the context.
+  oxOffscreenRenderer(int width, int height);
+  ~oxOffscreenRenderer();
+  oxOffscreenRenderer(const oxOffscreenRenderer&) = delete;
+  oxOffscreenRenderer& operator=(const oxOffscreenRenderer&) = delete;
+
+  bool IsValid() const;
+
+  // Draws `scene` seen through `view` on the background colour.
+  //
+  // One directional white light shines from the viewer's side (fixed in
+  // the eye's frame along the view direction), lighting both sides of a
+  // triangle, with a faint ambient term so that faces turned away stay
+  // readable. Lit materials take their colour as ambient and diffuse
+  // colour, no specular; unlit ones are drawn flat. Pictures are
+  // multiplied with the colour, repeated beyond 0..1 and filtered with
+  // mipmaps. Opaque parts are drawn first, then those with an opacity below
+  // 1 or a translucent picture, blended over them in document order
+  // without writing depth. Lines are drawn unlit, one pixel wide.
+  oxPicture Draw(const oxRenderScene& scene, const oxRenderView& view,
+                 const oxDrawOptions& options = {});
+
+ private:
+  struct Context;
+  std::unique_ptr<Context> m_context;
+};
+
+}  // namespace OxDAERender

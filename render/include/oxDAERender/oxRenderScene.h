@@ -1,0 +1,150 @@
+// The visual scene of a document as the renderer draws it: every instanced
+// geometry and controller turned into world-space triangles and lines at
+// one time, with the common-profile material of each part, the camera to
+// look through and the bounds of everything drawn. Gathering reads the
+// module's public tree only; drawing it is oxOffscreenRenderer's work.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <oxDAEReadWrite/oxDAEReadWrite_File.h>
+#include <oxMath/oxMatrix44.h>
+
+namespace OxDAERender {
+
+// A decoded picture: 8-bit RGBA rows, the bottom row first, as OpenGL takes
+// texture rows. Empty (0 x 0) by default.
+struct oxRenderImage {
+  int width = 0;
+  int height = 0;
+  bool translucent = false;  // some pixel's alpha is below 255
+  std::vector<uint8_t> rgba;
+};
+
+// How one part is coloured. The default is the light grey a part without a
+// bound material is drawn in, lit and opaque.
+struct oxRenderMaterial {
+  // The diffuse colour (the emission for constant shading), RGBA 0..1;
+  // white when a picture gives the colour.
+  std::array<float, 4> color = {0.8f, 0.8f, 0.8f, 1.0f};
+  // False for constant shading: the colour is drawn as it is, unlit.
+  bool lit = true;
+  // The diffuse picture (null without one, or when it could not be
+  // decoded); shared by every material that names the same file.
+  std::shared_ptr<const oxRenderImage> picture;
+  // 1 opaque .. 0 invisible: <transparent> and <transparency> by the
+  // opaque mode (A_ONE: alpha x transparency; RGB_ZERO: 1 - luminance x
+  // transparency); 1 when the effect gives neither, and 1 (with a
+  // warning) where that reckoning gives 0: exporters write a transparency
+  // of 0 for opaque materials.
+  float opacity = 1.0f;
+};
+
+// The vertices of one placed mesh in world space, shared by its batches.
+struct oxRenderVertices {
+  std::vector<float> positions;  // x y z per vertex
+  std::vector<float> normals;    // unit x y z per vertex
+  std::vector<float> texcoords;  // s t per vertex; empty when the mesh has none
+};
+
+// Triangles or line segments of one material over shared vertices.
+struct oxRenderBatch {
+  std::shared_ptr<const oxRenderVertices> vertices;  // never null once gathered
+  std::vector<uint32_t> indices;                     // three per triangle, two per segment
+  bool lines = false;
+  size_t material = 0;  // index into oxRenderScene::materials (0: the default)
+};
+
+// The camera a picture is seen through: the optics of a <camera> and the
+// world matrix of the node that instances it (host convention). Values the
+// document does not give are -1, as the module keeps them.
+struct oxRenderCamera {
+  bool orthographic = false;
+  float xfov = -1.0f;
+  float yfov = -1.0f;
+  float xmag = -1.0f;
+  float ymag = -1.0f;
+  float znear = -1.0f;
+  float zfar = -1.0f;
+  OxMath::oxMatrix44 world;
+};
+
+// The up axis of the document's root asset.
+enum class oxUpAxis { X, Y, Z };
+
+struct oxRenderScene {
+  // materials[0] is the default material.
+  std::vector<oxRenderMaterial> materials = {oxRenderMaterial{}};
+  std::vector<oxRenderBatch> batches;
+  // The camera asked for, else the first one the scene instances; none
+  // when the scene instances no camera.
+  std::optional<oxRenderCamera> camera;
+  oxUpAxis upAxis = oxUpAxis::Y;
+  // The box around every drawn vertex; min above max when nothing is drawn.
+  std::array<float, 3> boundsMin = {1.0f, 1.0f, 1.0f};
+  std::array<float, 3> boundsMax = {-1.0f, -1.0f, -1.0f};
+
+  bool IsEmpty() const { return boundsMin[0] > boundsMax[0]; }
+};
+
+struct oxRenderSceneOptions {
+  // The time at which animations are evaluated, in seconds.
+  float time = 0.0f;
+  // The id of the visual scene; empty for the one <scene> instances, else
+  // the first.
+  std::string scene;
+  // The id of a <camera> the scene instances, or of a node that instances
+  // one; empty for the first instanced camera.
+  std::string camera;
+};
+
+// Results of GatherScene besides 0.
+enum oxRenderResult : int {
+  kRenderNoScene = -70,    // no visual scene, or none with the asked id
+  kRenderNoCamera = -71,   // the asked camera is not instanced by the scene
+  kRenderNoContext = -72,  // the off-screen GL context could not be made
+};
+
+// Gathers the visual scene into `scene` at `options.time`. Nodes are
+// walked depth first in document order, instanced nodes included (below
+// the instancing node, up to 64 levels of <instance_node> inside each
+// other). A node's local matrix is its transforms evaluated at the time
+// under the first animation of the document (nested ones included) that
+// drives one of them, as `oxdae tree --time` evaluates it, except that a
+// <lookat> is the frame COLLADA means (looking down -Z from the eye at the
+// interest point, +Y towards up) rather than the module's matrix, which
+// turns +Z to the interest point and would aim cameras backwards. A node's
+// world matrix composes its parent's.
+//
+// Geometry: each part of OxDAEConvert::MeshTriangles, placed by the world
+// matrix, with the lowest TEXCOORD set; vertex colours are not drawn.
+// Normals the mesh lacks are made from the triangles around each vertex.
+// Skins deform their geometry (or morph) by linear blend skinning: each
+// vertex is the weighted sum, weights normalised to sum 1, of its bind-shape
+// position moved by each joint's inverse bind matrix and world matrix at the
+// time (joint -1 keeps the bind shape); the instancing node's own matrix
+// plays no part, except for a vertex without influences, which it places in
+// its bind shape. A skin whose joints are not all nodes of the scene is
+// drawn unskinned at its node, with a warning. Morphs add their targets'
+// POSITION records by their weights at the time (NORMALIZED: base + sum w
+// (target - base); RELATIVE: base + sum w target); normals stay the base's.
+// Weights come from the MORPH_WEIGHT source, replaced by what a channel that
+// drives a weight samples at the time.
+//
+// Materials: a part's symbol is looked up in the instance's bound
+// materials; an unbound symbol takes the default material. Pictures are
+// read as `oxdae textures` finds them (inside a .zae too) and decoded with
+// stb_image; one that cannot be read or decoded is named in a warning and
+// the part keeps the default grey.
+//
+// Returns 0, kRenderNoScene or kRenderNoCamera, each failure after a
+// logged error. A scene with nothing to draw is not a failure.
+int GatherScene(const OxDAEReader::oxDAEFile& document, const oxRenderSceneOptions& options,
+                oxRenderScene& scene);
+
+}  // namespace OxDAERender

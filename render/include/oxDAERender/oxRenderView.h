@@ -1,0 +1,45 @@
+// Where a picture of a gathered scene is seen from: the projection and
+// view matrices, in OpenGL's column-major order (which is also the host's
+// storage order for row-vector matrices).
+#pragma once
+
+#include <array>
+
+#include "oxDAERender/oxRenderScene.h"
+
+namespace OxDAERender {
+
+// A column-major 4 x 4 matrix of doubles; the identity by default.
+using oxGLMatrix = std::array<double, 16>;
+inline constexpr oxGLMatrix kGLIdentity = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+
+struct oxRenderView {
+  oxGLMatrix projection = kGLIdentity;
+  oxGLMatrix view = kGLIdentity;
+};
+
+// The view of `scene` for a picture of `width` x `height` pixels.
+//
+// With a camera: the inverse of its node's world matrix looks down the
+// camera's -Z with +Y up. A perspective camera uses its yfov, else its xfov
+// turned into a vertical angle by the picture's aspect ratio, else 45
+// degrees; an orthographic one its ymag (half the height seen), else xmag
+// by the aspect ratio, else the scene's radius. The picture's own aspect
+// ratio is kept, so a camera's aspect_ratio does not stretch it. A near
+// or far plane the document does not give (or gives as 0 or less, or far
+// before near) is fitted around the scene's bounds.
+//
+// Without a camera: a three-quarter view, from 45 degrees to the right of
+// the front and 30 degrees above,
+// with a 40 degree perspective that frames the sphere around the bounds.
+// Up is the document's up axis (COLLADA's frames: Y_UP looks at -Z with X
+// to the right; Z_UP at +Y with X to the right; X_UP at -Z with -Y to the
+// right), or +Y whatever the document says when `yUp` is true. A camera of
+// the document defines its own up, so `yUp` changes nothing then.
+oxRenderView ViewOf(const oxRenderScene& scene, int width, int height, bool yUp);
+
+// The inverse of `m` (a general 4 x 4 inverse); the identity when `m` is
+// singular.
+oxGLMatrix Inverse(const oxGLMatrix& m);
+
+}  // namespace OxDAERender

@@ -1,0 +1,212 @@
+#include "oxDAERender/oxOffscreenRenderer.h"
+
+#include <GL/osmesa.h>
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <vector>
+
+namespace OxDAERender {
+
+constexpr int kMaxSide = 8192;
+
+namespace {
+
+constexpr GLfloat kAmbient[4] = {0.25f, 0.25f, 0.25f, 1.0f};
+constexpr GLfloat kLightDiffuse[4] = {0.75f, 0.75f, 0.75f, 1.0f};
+constexpr GLfloat kEdgeColor[4] = {0.08f, 0.08f, 0.1f, 1.0f};
+
+bool IsBlended(const oxRenderScene& scene, const oxRenderBatch& batch) {
+  const oxRenderMaterial& material = scene.materials[batch.material];
+  return material.opacity < 1.0f || (material.picture && material.picture->translucent);
+}
+
+// The OpenGL textures of the pictures of one scene, made on first use and
+// deleted with the object.
+class TextureCache {
+ public:
+  TextureCache() = default;
+  TextureCache(const TextureCache&) = delete;
+  TextureCache& operator=(const TextureCache&) = delete;
+  ~TextureCache() {
+    for (const auto& [picture, name] : m_names)
+      glDeleteTextures(1, &name);
+  }
+
+  GLuint Of(const oxRenderImage& picture) {
+    const auto found = m_names.find(&picture);
+    if (found != m_names.end()) return found->second;
+    GLuint name = 0;
+    glGenTextures(1, &name);
+    glBindTexture(GL_TEXTURE_2D, name);
+    glTexParameteri(GL_TEXTURE_2D, GL_GENERATE_MIPMAP, GL_TRUE);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_REPEAT);
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, picture.width, picture.height, 0, GL_RGBA,
+                 GL_UNSIGNED_BYTE, picture.rgba.data());
+    m_names.emplace(&picture, name);
+    return name;
+  }
+
+ private:
+  std::map<const oxRenderImage*, GLuint> m_names;
+};
+
+void SetUpState(const oxRenderView& view) {
+  glClearColor(kBackground[0] / 255.0f, kBackground[1] / 255.0f, kBackground[2] / 255.0f, 1.0f);
+  glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+  glEnable(GL_DEPTH_TEST);
+  glDepthFunc(GL_LEQUAL);
+  glDisable(GL_CULL_FACE);
+  glEnable(GL_NORMALIZE);
+  glShadeModel(GL_SMOOTH);
+  glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+  glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+  glMatrixMode(GL_PROJECTION);
+  glLoadMatrixd(view.projection.data());
+  glMatrixMode(GL_MODELVIEW);
+  // The light is placed with the identity loaded, so that it stays in the
+  // eye's frame: it shines from the viewer's side whatever the view.
+  glLoadIdentity();
+  const GLfloat towardsViewer[4] = {0.0f, 0.0f, 1.0f, 0.0f};
+  glLightfv(GL_LIGHT0, GL_POSITION, towardsViewer);
+  glLightfv(GL_LIGHT0, GL_DIFFUSE, kLightDiffuse);
+  glLightModelfv(GL_LIGHT_MODEL_AMBIENT, kAmbient);
+  glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, GL_TRUE);
+  glEnable(GL_LIGHT0);
+  glColorMaterial(GL_FRONT_AND_BACK, GL_AMBIENT_AND_DIFFUSE);
+  glEnable(GL_COLOR_MATERIAL);
+  glLoadMatrixd(view.view.data());
+}
+
+// Sets the colour, lighting and texture of `material` for a batch.
+void UseMaterial(const oxRenderMaterial& material, const oxRenderBatch& batch,
+                 TextureCache& textures) {
+  glColor4f(material.color[0], material.color[1], material.color[2],
+            material.color[3] * material.opacity);
+  if (material.lit && !batch.lines) {
+    glEnable(GL_LIGHTING);
+  } else {
+    glDisable(GL_LIGHTING);
+  }
+  if (material.picture && !batch.vertices->texcoords.empty()) {
+    glEnable(GL_TEXTURE_2D);
+    glBindTexture(GL_TEXTURE_2D, textures.Of(*material.picture));
+    glEnableClientState(GL_TEXTURE_COORD_ARRAY);
+    glTexCoordPointer(2, GL_FLOAT, 0, batch.vertices->texcoords.data());
+  } else {
+    glDisable(GL_TEXTURE_2D);
+    glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+  }
+}
+
+void DrawElements(const oxRenderBatch& batch) {
+  const oxRenderVertices& vertices = *batch.vertices;
+  glVertexPointer(3, GL_FLOAT, 0, vertices.positions.data());
+  if (vertices.normals.empty()) {
+    glDisableClientState(GL_NORMAL_ARRAY);
+  } else {
+    glEnableClientState(GL_NORMAL_ARRAY);
+    glNormalPointer(GL_FLOAT, 0, vertices.normals.data());
+  }
+  glDrawElements(batch.lines ? GL_LINES : GL_TRIANGLES, static_cast<GLsizei>(batch.indices.size()),
+                 GL_UNSIGNED_INT, batch.indices.data());
+}
+
+// Draws the batches for which `blended` gives `pass`.
+void DrawPass(const oxRenderScene& scene, bool pass, TextureCache& textures) {
+  for (const oxRenderBatch& batch : scene.batches) {
+    if (batch.indices.empty() || IsBlended(scene, batch) != pass) continue;
+    UseMaterial(scene.materials[batch.material], batch, textures);
+    DrawElements(batch);
+  }
+}
+
+// Every triangle's edges, dark and unlit, over what is drawn.
+void DrawEdges(const oxRenderScene& scene) {
+  glDisable(GL_LIGHTING);
+  glDisable(GL_TEXTURE_2D);
+  glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+  glDisableClientState(GL_NORMAL_ARRAY);
+  glColor4fv(kEdgeColor);
+  glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
+  for (const oxRenderBatch& batch : scene.batches) {
+    if (batch.lines || batch.indices.empty()) continue;
+    glVertexPointer(3, GL_FLOAT, 0, batch.vertices->positions.data());
+    glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(batch.indices.size()), GL_UNSIGNED_INT,
+                   batch.indices.data());
+  }
+  glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+}
+
+}  // namespace
+
+// The context and its colour buffer, behind the module's C entry points.
+struct GLContext {
+  OSMesaContext context = nullptr;
+  int width = 0;
+  int height = 0;
+  std::vector<uint8_t> buffer;
+};
+
+}  // namespace OxDAERender
+
+using OxDAERender::GLContext;
+
+// The entry points oxOffscreenRenderer looks up after loading this module
+// (see oxOffscreenRenderer.cpp): OSMesa and the LLVM it brings are mapped
+// only by processes that draw.
+extern "C" {
+
+__attribute__((visibility("default"))) void* oxRenderGLCreate(int width, int height) {
+  if (width < 1 || height < 1 || width > OxDAERender::kMaxSide || height > OxDAERender::kMaxSide)
+    return nullptr;
+  auto context = std::make_unique<GLContext>();
+  context->context = OSMesaCreateContextExt(OSMESA_RGBA, 24, 0, 0, nullptr);
+  if (!context->context) return nullptr;
+  context->width = width;
+  context->height = height;
+  context->buffer.resize(static_cast<size_t>(width) * height * 4);
+  return context.release();
+}
+
+__attribute__((visibility("default"))) void oxRenderGLDestroy(void* handle) {
+  auto* context = static_cast<GLContext*>(handle);
+  if (context && context->context) OSMesaDestroyContext(context->context);
+  delete context;
+}
+
+// Draws into the context's buffer (rows bottom up, RGBA) and returns it, or
+// null when the context cannot be made current.
+__attribute__((visibility("default"))) const uint8_t* oxRenderGLDraw(
+    void* handle, const OxDAERender::oxRenderScene* scene, const OxDAERender::oxRenderView* view,
+    const OxDAERender::oxDrawOptions* options) {
+  using namespace OxDAERender;
+  GLContext& c = *static_cast<GLContext*>(handle);
+  if (!OSMesaMakeCurrent(c.context, c.buffer.data(), GL_UNSIGNED_BYTE, c.width, c.height))
+    return nullptr;
+  TextureCache textures;
+  SetUpState(*view);
+  glEnableClientState(GL_VERTEX_ARRAY);
+  if (options->wireframe) {
+    // Surfaces step back a little so that their edges win the depth test.
+    glEnable(GL_POLYGON_OFFSET_FILL);
+    glPolygonOffset(1.0f, 1.0f);
+  }
+  DrawPass(*scene, false, textures);
+  glEnable(GL_BLEND);
+  glDepthMask(GL_FALSE);
+  DrawPass(*scene, true, textures);
+  glDepthMask(GL_TRUE);
+  glDisable(GL_BLEND);
+  glDisable(GL_POLYGON_OFFSET_FILL);
+  if (options->wireframe) DrawEdges(*scene);
+  glFinish();
+  return c.buffer.data();
+}
+
+}  // extern "C"

@@ -1,0 +1,99 @@
+#include "oxDAERender/oxOffscreenRenderer.h"
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include <oxKernel/oxLog.h>
+
+namespace OxDAERender {
+
+namespace {
+
+using CreateFn = void* (*)(int, int);
+using DestroyFn = void (*)(void*);
+using DrawFn = const uint8_t* (*)(void*, const oxRenderScene*, const oxRenderView*,
+                                  const oxDrawOptions*);
+
+// The drawing module's entry points; all null when it cannot be loaded.
+struct GLModule {
+  CreateFn create = nullptr;
+  DestroyFn destroy = nullptr;
+  DrawFn draw = nullptr;
+};
+
+// Loads the module once per process: from the lib folder beside the
+// program's bin folder, where the build and an installation put it, else
+// wherever the dynamic loader finds it. It stays loaded until the process
+// ends (Mesa does not support being unloaded). Failing is logged once.
+const GLModule& LoadGLModule() {
+  static const GLModule module = [] {
+    GLModule loaded;
+    std::error_code ec;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", ec);
+    void* handle = nullptr;
+    if (!ec) {
+      const std::filesystem::path beside =
+          program.parent_path().parent_path() / "lib" / OX_RENDER_GL_MODULE;
+      handle = dlopen(beside.c_str(), RTLD_NOW | RTLD_LOCAL);
+    }
+    if (!handle) handle = dlopen(OX_RENDER_GL_MODULE, RTLD_NOW | RTLD_LOCAL);
+    if (!handle) {
+      OX_LOG(OxKernel::kLogError,
+             OxKernel::oxConcat("cannot load the drawing module: ", dlerror()));
+      return loaded;
+    }
+    loaded.create = reinterpret_cast<CreateFn>(dlsym(handle, "oxRenderGLCreate"));
+    loaded.destroy = reinterpret_cast<DestroyFn>(dlsym(handle, "oxRenderGLDestroy"));
+    loaded.draw = reinterpret_cast<DrawFn>(dlsym(handle, "oxRenderGLDraw"));
+    if (!loaded.create || !loaded.destroy || !loaded.draw) return GLModule{};
+    return loaded;
+  }();
+  return module;
+}
+
+}  // namespace
+
+struct oxOffscreenRenderer::Context {
+  void* handle = nullptr;  // the module's context
+  int width = 0;
+  int height = 0;
+};
+
+oxOffscreenRenderer::oxOffscreenRenderer(int width, int height)
+    : m_context(std::make_unique<Context>()) {
+  m_context->width = width;
+  m_context->height = height;
+  const GLModule& module = LoadGLModule();
+  if (module.create) m_context->handle = module.create(width, height);
+}
+
+oxOffscreenRenderer::~oxOffscreenRenderer() {
+  if (m_context->handle) LoadGLModule().destroy(m_context->handle);
+}
+
+bool oxOffscreenRenderer::IsValid() const {
+  return m_context->handle != nullptr;
+}
+
+oxPicture oxOffscreenRenderer::Draw(const oxRenderScene& scene, const oxRenderView& view,
+                                    const oxDrawOptions& options) {
+  const Context& c = *m_context;
+  const uint8_t* pixels =
+      c.handle ? LoadGLModule().draw(c.handle, &scene, &view, &options) : nullptr;
+  oxPicture picture(std::max(c.width, 1), std::max(c.height, 1), kBackground);
+  if (!pixels) return picture;
+  // The buffer's rows run bottom up; a picture's run top down.
+  const size_t row = static_cast<size_t>(c.width) * 4;
+  for (int y = 0; y < c.height; ++y) {
+    std::copy_n(pixels + row * static_cast<size_t>(c.height - 1 - y), row,
+                picture.rgba.begin() + static_cast<ptrdiff_t>(row * static_cast<size_t>(y)));
+  }
+  // The buffer's alpha is what blending left; the picture is opaque.
+  for (size_t i = 3; i < picture.rgba.size(); i += 4)
+    picture.rgba[i] = 255;
+  return picture;
+}
+
+}  // namespace OxDAERender

@@ -1,0 +1,672 @@
+#include "oxDAERender/oxRenderScene.h"
+
+#include <oxDAEConvert/oxDAEGltf.h>
+#include <oxDAEConvert/oxDAEMeshTriangles.h>
+#include <oxDAEConvert/oxDAEReferencedFile.h>
+#include <oxDAEConvert/oxDAESkinning.h>
+#include <oxDAEReadWrite/oxDAEReadWrite.h>
+#include <oxKernel/oxLog.h>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <unordered_map>
+
+#include "oxDAERender/oxRenderPicture.h"
+
+namespace OxDAERender {
+
+namespace {
+
+using namespace OxDAEReader;
+using OxDAEConvert::oxMeshTriangles;
+using OxMath::oxMatrix44;
+using Vec3 = std::array<float, 3>;
+
+// How many <instance_node>s may nest inside each other before the walk
+// stops following them (a node that instances itself would never end).
+constexpr int kMaxInstancing = 64;
+
+// The matrix that applies `first`, then `then` (row vectors).
+oxMatrix44 Then(const oxMatrix44& first, const oxMatrix44& then) {
+  oxMatrix44 result;
+  result.MultiplyAB(then, first);
+  return result;
+}
+
+Vec3 PlacePoint(const oxMatrix44& m, const Vec3& p) {
+  const float* a = m.m;
+  return {p[0] * a[0] + p[1] * a[4] + p[2] * a[8] + a[12],
+          p[0] * a[1] + p[1] * a[5] + p[2] * a[9] + a[13],
+          p[0] * a[2] + p[1] * a[6] + p[2] * a[10] + a[14]};
+}
+
+Vec3 TurnVector(const oxMatrix44& m, const Vec3& v) {
+  const float* a = m.m;
+  return {v[0] * a[0] + v[1] * a[4] + v[2] * a[8], v[0] * a[1] + v[1] * a[5] + v[2] * a[9],
+          v[0] * a[2] + v[1] * a[6] + v[2] * a[10]};
+}
+
+Vec3 Normalised(const Vec3& v) {
+  const float length = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
+  if (!(length > 0)) return {0.0f, 0.0f, 1.0f};
+  return {v[0] / length, v[1] / length, v[2] / length};
+}
+
+// The matrix that turns normals as `m` turns surfaces: the cofactors of its
+// upper 3 x 3 (the inverse transpose up to a factor), signed so that a
+// mirroring matrix does not turn normals inside out.
+oxMatrix44 NormalMatrix(const oxMatrix44& m) {
+  const auto at = [&m](int r, int c) { return m.m[r * 4 + c]; };
+  oxMatrix44 n;
+  for (int r = 0; r < 3; ++r) {
+    for (int c = 0; c < 3; ++c) {
+      const int r1 = (r + 1) % 3, r2 = (r + 2) % 3, c1 = (c + 1) % 3, c2 = (c + 2) % 3;
+      n.m[r * 4 + c] = at(r1, c1) * at(r2, c2) - at(r1, c2) * at(r2, c1);
+    }
+  }
+  const float det = at(0, 0) * n.m[0] + at(0, 1) * n.m[1] + at(0, 2) * n.m[2];
+  if (det >= 0) return n;
+  for (int r = 0; r < 3; ++r) {
+    for (int c = 0; c < 3; ++c)
+      n.m[r * 4 + c] = -n.m[r * 4 + c];
+  }
+  return n;
+}
+
+// Local matrices at one time, as `oxdae tree --time` evaluates them: under
+// the first animation of the document that drives one of a node's
+// transforms.
+class LocalMatrices {
+ public:
+  LocalMatrices(const oxDAEFile& document, float time) : m_time(time) {
+    for (const auto& element : document.GetElements()) {
+      if (const auto* animation = oxDAEAnimation::DynamicCast(element.get()))
+        m_animations.push_back(animation);
+    }
+  }
+
+  oxMatrix44 Of(const oxDAENode& node) const {
+    const oxDAEAnimation* animation = IsAnimated(node) ? DrivingAnimation(node) : nullptr;
+    if (HasLookAt(node)) return ComposeWithLookAt(node, animation);
+    if (!animation) return node.ComputeLocalMatrix();
+    return node.ComputeLocalMatrix(m_time, animation);
+  }
+
+ private:
+  static bool HasLookAt(const oxDAENode& node) {
+    return std::any_of(node.transforms.begin(), node.transforms.end(), [](const auto& transform) {
+      return oxDAEHierarchyElement::LookAtElement::DynamicCast(transform.get()) != nullptr;
+    });
+  }
+
+  // The local matrix composed as the module composes it, but with each
+  // <lookat> as COLLADA means it: the frame whose -Z looks from the eye at
+  // the interest point, +Y towards the up vector (the module's own lookat
+  // matrix turns +Z to the interest point, which would make a camera look
+  // away from what it aims at).
+  oxMatrix44 ComposeWithLookAt(const oxDAENode& node, const oxDAEAnimation* animation) const {
+    oxMatrix44 local;
+    for (const auto& transform : node.transforms) {
+      const bool animated = transform->IsAnimated(animation);
+      oxMatrix44 matrix = animated ? transform->GetTransformMatrix(m_time, animation)
+                                   : transform->GetTransformMatrix();
+      const auto* lookAt = oxDAEChannelTargetLookat::DynamicCast(transform->GetChannelTarget());
+      if (lookAt && oxDAEHierarchyElement::LookAtElement::DynamicCast(transform.get())) {
+        float values[9];
+        if (animated) {
+          lookAt->GetValue(values, m_time, animation);
+        } else {
+          lookAt->GetValue(values);
+        }
+        LookAtFrame(values, matrix);
+      }
+      local.MultiplyAB(local, matrix);
+    }
+    return local;
+  }
+
+  // Writes the frame of a look-at (eye, interest, up) into `matrix`; leaves
+  // it as it is when the eye sits on the interest point or up lies along
+  // the view.
+  static void LookAtFrame(const float values[9], oxMatrix44& matrix) {
+    const Vec3 back = {values[0] - values[3], values[1] - values[4], values[2] - values[5]};
+    const Vec3 up = {values[6], values[7], values[8]};
+    const Vec3 side = {up[1] * back[2] - up[2] * back[1], up[2] * back[0] - up[0] * back[2],
+                       up[0] * back[1] - up[1] * back[0]};
+    const float sideLength = side[0] * side[0] + side[1] * side[1] + side[2] * side[2];
+    const float backLength = back[0] * back[0] + back[1] * back[1] + back[2] * back[2];
+    if (!(sideLength > 0) || !(backLength > 0)) return;
+    const Vec3 z = Normalised(back);
+    const Vec3 x = Normalised(side);
+    const Vec3 y = {z[1] * x[2] - z[2] * x[1], z[2] * x[0] - z[0] * x[2],
+                    z[0] * x[1] - z[1] * x[0]};
+    matrix = {{x[0], x[1], x[2], 0, y[0], y[1], y[2], 0, z[0], z[1], z[2], 0, values[0], values[1],
+               values[2], 1}};
+  }
+
+  // True when some channel is bound to one of the node's transforms: the
+  // search for the driving animation is spared for every other node.
+  static bool IsAnimated(const oxDAENode& node) {
+    return std::any_of(node.transforms.begin(), node.transforms.end(), [](const auto& transform) {
+      const auto* target = oxDAEChannelTargetArray::DynamicCast(transform->GetChannelTarget());
+      return target && target->IsTargetedEx();
+    });
+  }
+
+  const oxDAEAnimation* DrivingAnimation(const oxDAENode& node) const {
+    for (const oxDAEAnimation* animation : m_animations) {
+      for (const auto& transform : node.transforms) {
+        if (transform->IsAnimated(animation)) return animation;
+      }
+    }
+    return nullptr;
+  }
+
+  std::vector<const oxDAEAnimation*> m_animations;
+  float m_time;
+};
+
+// A node as the walk reaches it, with its world matrix.
+struct PlacedNode {
+  const oxDAENode* node = nullptr;
+  oxMatrix44 world;
+};
+
+// Every node of `scene` depth first in document order, instanced nodes
+// below the instancing node after its own children.
+std::vector<PlacedNode> WalkScene(const oxDAEVisualScene& scene, const LocalMatrices& locals) {
+  struct Pending {
+    const oxDAENode* node;
+    oxMatrix44 parentWorld;
+    int instancing;
+  };
+  std::vector<Pending> pending;
+  for (auto it = scene.nodes.rbegin(); it != scene.nodes.rend(); ++it)
+    pending.push_back({*it, oxMatrix44::kIdentity, 0});
+  std::vector<PlacedNode> placed;
+  while (!pending.empty()) {
+    const Pending next = pending.back();
+    pending.pop_back();
+    const oxMatrix44 world = Then(locals.Of(*next.node), next.parentWorld);
+    placed.push_back({next.node, world});
+    const auto& instances = next.node->instances;
+    for (auto it = instances.rbegin(); it != instances.rend(); ++it) {
+      const auto* instanced = oxDAENode::DynamicCast((*it)->target);
+      if ((*it)->kind == EToken::NODE && instanced && next.instancing < kMaxInstancing)
+        pending.push_back({instanced, world, next.instancing + 1});
+    }
+    const auto& children = next.node->nodes;
+    for (auto it = children.rbegin(); it != children.rend(); ++it)
+      pending.push_back({*it, world, next.instancing});
+  }
+  return placed;
+}
+
+float Luminance(const OxMath::oxFColor& c) {
+  return 0.212671f * c.r + 0.71516f * c.g + 0.072169f * c.b;
+}
+
+// The opacity of a common technique (see oxRenderMaterial::opacity).
+float OpacityOf(const oxDAEFxProfileCommon::Technique& technique) {
+  const oxDAEFxCOTTransparent* transparent = technique.transparent;
+  if (!transparent || !transparent->IsColor()) return 1.0f;
+  const float factor = technique.transparency && technique.transparency->IsFloat()
+                           ? technique.transparency->value
+                           : 1.0f;
+  const float opacity = transparent->UseAlphaChannel()
+                            ? transparent->color.a * factor
+                            : 1.0f - Luminance(transparent->color) * factor;
+  return std::clamp(opacity, 0.0f, 1.0f);
+}
+
+// A decoded picture turned into texture rows (bottom first: texture
+// coordinate t = 0 is the picture's bottom edge).
+std::shared_ptr<const oxRenderImage> TextureOf(const oxPicture& picture) {
+  auto image = std::make_shared<oxRenderImage>();
+  image->width = picture.width;
+  image->height = picture.height;
+  image->rgba.resize(picture.rgba.size());
+  const size_t row = static_cast<size_t>(picture.width) * 4;
+  for (int y = 0; y < picture.height; ++y) {
+    std::copy_n(picture.rgba.begin() + static_cast<ptrdiff_t>(row * y), row,
+                image->rgba.begin() + static_cast<ptrdiff_t>(row * (picture.height - 1 - y)));
+  }
+  for (size_t i = 3; i < image->rgba.size() && !image->translucent; i += 4)
+    image->translucent = image->rgba[i] < 255;
+  return image;
+}
+
+// The weights of a morph's targets at `time`: the MORPH_WEIGHT values, each
+// replaced by what the first channel bound to it samples. Weights beyond
+// the members a channel can reach by index keep their written values.
+std::vector<float> MorphWeightsAt(const oxDAEMorph& morph, size_t count, float time) {
+  std::vector<float> weights(count, 0.0f);
+  const oxDAEInputElement* input = morph.GetInput("MORPH_WEIGHT");
+  const oxDAEAccessor* accessor = input ? input->GetCommonAccessor() : nullptr;
+  for (size_t i = 0; accessor && i < count; ++i)
+    weights[i] = accessor->GetFloatValue(static_cast<unsigned int>(i));
+  const oxDAEChannelTargetFloatArray& target = morph.weightsTarget;
+  if (target.IsTargeted() && target.GetChannels()[0]->sampler) {
+    target.GetChannels()[0]->sampler->GetFloatValue(time, static_cast<unsigned int>(count),
+                                                    weights.data());
+  }
+  const size_t members = std::min<size_t>({count, target.GetMemberCount(), 127});
+  for (size_t i = 0; i < members; ++i) {
+    const oxDAEChannelTarget* member = target.GetChannelTarget(0, static_cast<signed char>(i));
+    if (!member || !member->IsTargeted() || !member->GetChannels()[0]->sampler) continue;
+    member->GetChannels()[0]->sampler->GetFloatValue(time, 1, &weights[i]);
+  }
+  return weights;
+}
+
+// The target geometries of a morph and their POSITION accessors (null for
+// a name that is no geometry with positions).
+std::vector<const oxDAEAccessor*> MorphTargets(const oxDAEFile& document, const oxDAEMorph& morph) {
+  const oxDAEInputElement* input = morph.GetInput("MORPH_TARGET");
+  const oxDAEAccessor* names = input ? input->GetCommonAccessor() : nullptr;
+  std::vector<const oxDAEAccessor*> targets;
+  if (!names || !names->source) return targets;
+  for (const oxString& id : names->source->strings) {
+    const auto* geometry =
+        oxDAEGeometry::DynamicCast(document.ResolveURI(oxString(OxKernel::oxConcat("#", id))));
+    const oxDAEInputElement* position = geometry && geometry->mesh && geometry->mesh->vertices
+                                            ? geometry->mesh->vertices->GetInput("POSITION")
+                                            : nullptr;
+    targets.push_back(position ? position->GetCommonAccessor() : nullptr);
+  }
+  return targets;
+}
+
+Vec3 ReadVec3(const oxDAEAccessor& accessor, uint32_t record) {
+  const auto v = accessor.GetVec3Value(record);
+  return {v.x, v.y, v.z};
+}
+
+// Normals made from the triangles around each vertex, weighted by area.
+std::vector<float> MadeNormals(const std::vector<float>& positions,
+                               const std::vector<oxMeshTriangles::Part>& parts) {
+  std::vector<float> normals(positions.size(), 0.0f);
+  const auto at = [&positions](uint32_t v) {
+    return Vec3{positions[3 * v], positions[3 * v + 1], positions[3 * v + 2]};
+  };
+  for (const auto& part : parts) {
+    if (part.lines) continue;
+    for (size_t i = 0; i + 2 < part.indices.size(); i += 3) {
+      const uint32_t* t = &part.indices[i];
+      const Vec3 a = at(t[0]), b = at(t[1]), c = at(t[2]);
+      const Vec3 u = {b[0] - a[0], b[1] - a[1], b[2] - a[2]};
+      const Vec3 w = {c[0] - a[0], c[1] - a[1], c[2] - a[2]};
+      const Vec3 n = {u[1] * w[2] - u[2] * w[1], u[2] * w[0] - u[0] * w[2],
+                      u[0] * w[1] - u[1] * w[0]};
+      for (int k = 0; k < 3; ++k) {
+        for (int j = 0; j < 3; ++j)
+          normals[3 * t[k] + j] += n[j];
+      }
+    }
+  }
+  for (size_t v = 0; v < normals.size(); v += 3) {
+    const Vec3 n = Normalised({normals[v], normals[v + 1], normals[v + 2]});
+    std::copy(n.begin(), n.end(), normals.begin() + static_cast<ptrdiff_t>(v));
+  }
+  return normals;
+}
+
+// A skin ready to deform: per joint the matrix from the mesh as written to
+// the world at the time, and the influences of every POSITION record.
+struct SkinPose {
+  oxMatrix44 bindShape;
+  std::vector<oxMatrix44> joints;
+  OxDAEConvert::oxSkinWeights weights;
+};
+
+class Gatherer {
+ public:
+  Gatherer(const oxDAEFile& document, const oxRenderSceneOptions& options, oxRenderScene& scene)
+      : m_document(document), m_options(options), m_scene(scene) {}
+
+  int Run() {
+    const oxDAEVisualScene* visual = OxDAEConvert::FindVisualScene(m_document, m_options.scene);
+    if (!visual) {
+      OX_LOG(OxKernel::kLogError, m_options.scene.empty()
+                                      ? std::string("the document has no visual scene")
+                                      : "no visual scene with id '" + m_options.scene + "'");
+      return kRenderNoScene;
+    }
+    m_scene = {};
+    m_scene.upAxis = UpAxis();
+    const LocalMatrices locals(m_document, m_options.time);
+    m_placed = WalkScene(*visual, locals);
+    for (const PlacedNode& placed : m_placed) {
+      m_sceneNodes.push_back(placed.node);
+      m_worlds.try_emplace(placed.node, placed.world);
+    }
+    CountUses();
+    for (const PlacedNode& placed : m_placed)
+      GatherNode(placed);
+    if (!m_options.camera.empty() && !m_scene.camera) {
+      OX_LOG(OxKernel::kLogError,
+             "no camera with id '" + m_options.camera + "' in the visual scene");
+      return kRenderNoCamera;
+    }
+    return 0;
+  }
+
+ private:
+  oxUpAxis UpAxis() const {
+    const oxDAEColladaElement* root = m_document.GetRoot();
+    if (!root || !root->asset) return oxUpAxis::Y;
+    if (root->asset->upAxis == "Z_UP") return oxUpAxis::Z;
+    if (root->asset->upAxis == "X_UP") return oxUpAxis::X;
+    return oxUpAxis::Y;
+  }
+
+  void GatherNode(const PlacedNode& placed) {
+    for (const oxDAEInstance* instance : placed.node->instances) {
+      if (const auto* geometry = oxDAEInstanceGeometry::DynamicCast(instance)) {
+        if (const auto* target = oxDAEGeometry::DynamicCast(geometry->target))
+          AddMesh(*target, geometry->bindMaterial, placed.world, nullptr, nullptr);
+      } else if (const auto* controller = oxDAEInstanceController::DynamicCast(instance)) {
+        AddController(*controller, placed.world);
+      } else if (instance->kind == EToken::CAMERA) {
+        ConsiderCamera(*placed.node, oxDAECamera::DynamicCast(instance->target), placed.world);
+      }
+    }
+  }
+
+  void ConsiderCamera(const oxDAENode& node, const oxDAECamera* camera, const oxMatrix44& world) {
+    if (!camera || m_scene.camera) return;
+    const std::string& wanted = m_options.camera;
+    if (!wanted.empty() && camera->id.View() != wanted && node.id.View() != wanted) return;
+    oxRenderCamera chosen;
+    chosen.world = world;
+    const oxDAEOpticsTechniqueCommon* optics =
+        camera->optics ? camera->optics->techniqueCommon : nullptr;
+    if (optics) {
+      chosen.orthographic = optics->type == oxDAEOpticsTechniqueCommon::EType::ORTHOGRAPHIC;
+      chosen.xfov = optics->xfov;
+      chosen.yfov = optics->yfov;
+      chosen.xmag = optics->xmag;
+      chosen.ymag = optics->ymag;
+      chosen.znear = optics->znear;
+      chosen.zfar = optics->zfar;
+    }
+    m_scene.camera = chosen;
+  }
+
+  // The controller an instance names. Its url is resolved again where the
+  // module left the target unset (it stops at the first skeleton it cannot
+  // find).
+  const oxDAEController* ControllerOf(const oxDAEInstanceController& instance) const {
+    return oxDAEController::DynamicCast(instance.target ? instance.target
+                                                        : m_document.ResolveURI(instance.url));
+  }
+
+  // The geometry a controller deforms, through its skin or morph; null when
+  // none.
+  static const oxDAEGeometry* DeformedGeometry(const oxDAEController& controller) {
+    const oxDAESkin* skin = controller.skin;
+    const oxDAEMorph* morph = skin ? skin->sourceMorph : controller.morph;
+    if (skin && skin->sourceGeometry) return skin->sourceGeometry;
+    return morph ? morph->sourceGeometry : nullptr;
+  }
+
+  // The geometry `instance` draws, directly or through a controller.
+  const oxDAEGeometry* GeometryOf(const oxDAEInstance& instance) const {
+    if (const auto* geometry = oxDAEInstanceGeometry::DynamicCast(&instance))
+      return oxDAEGeometry::DynamicCast(geometry->target);
+    const auto* controlled = oxDAEInstanceController::DynamicCast(&instance);
+    const oxDAEController* controller = controlled ? ControllerOf(*controlled) : nullptr;
+    return controller ? DeformedGeometry(*controller) : nullptr;
+  }
+
+  // Counts how often each geometry is drawn, so that only those drawn more
+  // than once keep their cut mesh.
+  void CountUses() {
+    for (const PlacedNode& placed : m_placed) {
+      for (const oxDAEInstance* instance : placed.node->instances) {
+        if (const oxDAEGeometry* geometry = GeometryOf(*instance)) ++m_uses[geometry];
+      }
+    }
+  }
+
+  void AddController(const oxDAEInstanceController& instance, const oxMatrix44& world) {
+    const oxDAEController* controller = ControllerOf(instance);
+    const oxDAEGeometry* geometry = controller ? DeformedGeometry(*controller) : nullptr;
+    if (!geometry) return;
+    const oxDAESkin* skin = controller->skin;
+    const oxDAEMorph* morph = skin ? skin->sourceMorph : controller->morph;
+    SkinPose pose;
+    const bool skinned = skin && PoseOf(*skin, instance, controller->id.View(), pose);
+    AddMesh(*geometry, instance.bindMaterial, world, morph, skinned ? &pose : nullptr);
+  }
+
+  // The pose of `skin` at the time; false, after a warning, when a joint is
+  // not a node of the scene or the skin has no weights.
+  bool PoseOf(const oxDAESkin& skin, const oxDAEInstanceController& instance, std::string_view name,
+              SkinPose& pose) {
+    pose.bindShape = skin.bindShapeMatrix;
+    const std::vector<std::string_view> names = OxDAEConvert::SkinJointNames(skin);
+    for (size_t j = 0; j < names.size(); ++j) {
+      const oxDAENode* joint =
+          OxDAEConvert::FindJointNode(m_document, instance, names[j], m_sceneNodes);
+      if (!joint) {
+        OX_LOG(OxKernel::kLogWarning,
+               OxKernel::oxConcat("controller '", name, "': its joint '", names[j],
+                                  "' is no node of the scene; it is drawn unskinned"));
+        return false;
+      }
+      const oxMatrix44 toJoint =
+          Then(skin.bindShapeMatrix, OxDAEConvert::InverseBindMatrix(skin, j));
+      pose.joints.push_back(Then(toJoint, m_worlds.at(joint)));
+    }
+    if (names.empty() || !OxDAEConvert::ReadSkinWeights(skin, pose.weights)) {
+      OX_LOG(OxKernel::kLogWarning, OxKernel::oxConcat("controller '", name,
+                                                       "' has no joints or weights to read; it "
+                                                       "is drawn unskinned"));
+      return false;
+    }
+    return true;
+  }
+
+  // Moves `mesh`'s positions by the morph's targets at the time.
+  void ApplyMorph(const oxDAEMorph& morph, oxMeshTriangles& mesh) const {
+    const std::vector<const oxDAEAccessor*> targets = MorphTargets(m_document, morph);
+    const std::vector<float> weights = MorphWeightsAt(morph, targets.size(), m_options.time);
+    const bool relative = morph.method == "RELATIVE";
+    for (size_t v = 0; v < mesh.positions.size(); ++v) {
+      const Vec3 base = mesh.positions[v];
+      Vec3 moved = base;
+      for (size_t t = 0; t < targets.size(); ++t) {
+        if (!targets[t] || weights[t] == 0) continue;
+        const Vec3 target = ReadVec3(*targets[t], mesh.positionRecords[v]);
+        for (int k = 0; k < 3; ++k)
+          moved[k] += weights[t] * (relative ? target[k] : target[k] - base[k]);
+      }
+      mesh.positions[v] = moved;
+    }
+  }
+
+  // Places a vertex by the skin's joints; the bind shape moved by the
+  // node's matrix when the vertex has no influence.
+  static void Deform(const SkinPose& pose, const oxMatrix44& world, uint32_t record, Vec3& position,
+                     Vec3& normal) {
+    const bool held = record < pose.weights.VertexCount();
+    const size_t begin = held ? pose.weights.first[record] : 0;
+    const size_t end = held ? pose.weights.first[record + 1] : 0;
+    float total = 0;
+    for (size_t i = begin; i < end; ++i)
+      total += pose.weights.influences[i].weight;
+    if (!(total > 0)) {
+      const oxMatrix44 placed = Then(pose.bindShape, world);
+      position = PlacePoint(placed, position);
+      normal = TurnVector(NormalMatrix(placed), normal);
+      return;
+    }
+    Vec3 p = {0, 0, 0};
+    Vec3 n = {0, 0, 0};
+    for (size_t i = begin; i < end; ++i) {
+      const auto& influence = pose.weights.influences[i];
+      const bool joint =
+          influence.joint >= 0 && static_cast<size_t>(influence.joint) < pose.joints.size();
+      const oxMatrix44& m =
+          joint ? pose.joints[static_cast<size_t>(influence.joint)] : pose.bindShape;
+      const Vec3 q = PlacePoint(m, position);
+      const Vec3 r = TurnVector(m, normal);
+      const float w = influence.weight / total;
+      for (int k = 0; k < 3; ++k) {
+        p[k] += w * q[k];
+        n[k] += w * r[k];
+      }
+    }
+    position = p;
+    normal = n;
+  }
+
+  // The world-space vertices of `mesh` placed by `world`, or by the skin.
+  std::shared_ptr<oxRenderVertices> Place(const oxMeshTriangles& mesh, const oxMatrix44& world,
+                                          const SkinPose* pose) const {
+    auto vertices = std::make_shared<oxRenderVertices>();
+    const bool hasNormals = !mesh.normals.empty();
+    const oxMatrix44 normalMatrix = NormalMatrix(world);
+    vertices->positions.reserve(mesh.positions.size() * 3);
+    if (hasNormals) vertices->normals.reserve(mesh.positions.size() * 3);
+    for (size_t v = 0; v < mesh.positions.size(); ++v) {
+      Vec3 p = mesh.positions[v];
+      Vec3 n = hasNormals ? mesh.normals[v] : Vec3{0, 0, 1};
+      if (pose) {
+        Deform(*pose, world, mesh.positionRecords[v], p, n);
+      } else {
+        p = PlacePoint(world, p);
+        n = TurnVector(normalMatrix, n);
+      }
+      vertices->positions.insert(vertices->positions.end(), p.begin(), p.end());
+      if (!hasNormals) continue;
+      n = Normalised(n);
+      vertices->normals.insert(vertices->normals.end(), n.begin(), n.end());
+    }
+    if (!hasNormals) vertices->normals = MadeNormals(vertices->positions, mesh.parts);
+    for (const auto& texcoord : mesh.texcoords)
+      vertices->texcoords.insert(vertices->texcoords.end(), texcoord.begin(), texcoord.end());
+    return vertices;
+  }
+
+  void AddMesh(const oxDAEGeometry& geometry, const oxDAEBindMaterial* binding,
+               const oxMatrix44& world, const oxDAEMorph* morph, const SkinPose* pose) {
+    oxMeshTriangles mesh = MeshOf(geometry);
+    if (mesh.positions.empty() || mesh.parts.empty()) return;
+    if (morph) ApplyMorph(*morph, mesh);
+    const std::shared_ptr<const oxRenderVertices> vertices = Place(mesh, world, pose);
+    bool drawn = false;
+    for (auto& part : mesh.parts) {
+      if (part.indices.empty()) continue;
+      drawn = true;
+      m_scene.batches.push_back(
+          {vertices, std::move(part.indices), part.lines, MaterialFor(binding, part.symbol)});
+    }
+    if (drawn) Grow(vertices->positions);
+  }
+
+  // The drawable mesh of `geometry`, cut once however often it is drawn.
+  oxMeshTriangles MeshOf(const oxDAEGeometry& geometry) {
+    if (m_uses[&geometry] < 2) return OxDAEConvert::MeshTriangles(geometry);
+    const auto [found, added] = m_meshes.try_emplace(&geometry);
+    if (added) found->second = OxDAEConvert::MeshTriangles(geometry);
+    return found->second;
+  }
+
+  void Grow(const std::vector<float>& positions) {
+    for (size_t v = 0; v + 2 < positions.size(); v += 3) {
+      for (int k = 0; k < 3; ++k) {
+        const float value = positions[v + k];
+        if (!std::isfinite(value)) continue;
+        m_scene.boundsMin[k] = m_scene.IsEmpty() ? value : std::min(m_scene.boundsMin[k], value);
+        m_scene.boundsMax[k] = m_scene.IsEmpty() ? value : std::max(m_scene.boundsMax[k], value);
+      }
+    }
+  }
+
+  // The material the instance binds to `symbol`; 0 (the default) when none.
+  size_t MaterialFor(const oxDAEBindMaterial* binding, const std::string& symbol) {
+    if (!binding || !binding->techniqueCommon) return 0;
+    for (const oxDAEInstanceMaterial* bound : binding->techniqueCommon->instanceMaterials) {
+      if (bound->symbol.View() == symbol && bound->material) return MaterialIndex(*bound->material);
+    }
+    return 0;
+  }
+
+  size_t MaterialIndex(const oxDAEMaterial& material) {
+    const auto found = m_materials.find(&material);
+    if (found != m_materials.end()) return found->second;
+    m_scene.materials.push_back(Describe(material));
+    m_materials.emplace(&material, m_scene.materials.size() - 1);
+    return m_scene.materials.size() - 1;
+  }
+
+  oxRenderMaterial Describe(const oxDAEMaterial& material) {
+    oxRenderMaterial described;
+    const oxDAEEffect* effect = material.instanceEffect ? material.instanceEffect->effect : nullptr;
+    const auto* technique =
+        effect && effect->commonProfile ? effect->commonProfile->technique : nullptr;
+    if (!technique) return described;
+    described.lit = technique->shadingModel != oxDAEFxProfileCommon::Technique::CONSTANT;
+    const oxDAEFxColorOrTextureType* value =
+        described.lit ? technique->diffuse : technique->emission;
+    described.opacity = OpacityOf(*technique);
+    if (described.opacity <= 0.0f) {
+      // 3ds Max, Blender and others write a transparency of 0 for an
+      // opaque material; a material nobody could see is read as they mean it.
+      OX_LOG(OxKernel::kLogWarning,
+             OxKernel::oxConcat("material '", material.id,
+                                "': its transparency leaves nothing visible; it is drawn opaque"));
+      described.opacity = 1.0f;
+    }
+    if (value && value->IsColor()) {
+      const OxMath::oxFColor& c = value->color;
+      described.color = {c.r, c.g, c.b, c.a};
+    } else if (value && value->IsTexture()) {
+      described.picture = PictureOf(value->image);
+      if (described.picture) described.color = {1.0f, 1.0f, 1.0f, 1.0f};
+    }
+    return described;
+  }
+
+  // The decoded picture of `image`, once per file; null after a warning
+  // when it cannot be read or decoded.
+  std::shared_ptr<const oxRenderImage> PictureOf(const oxDAEImage* image) {
+    if (!image) return nullptr;
+    const std::string path(GetReferencedFilePath(m_document, image->initFrom).View());
+    const auto [found, added] = m_pictures.try_emplace(path);
+    if (!added) return found->second;
+    const oxPicture picture = DecodePicture(OxDAEConvert::ReadReferencedFile(m_document, path));
+    if (picture.width == 0) {
+      OX_LOG(OxKernel::kLogWarning,
+             OxKernel::oxConcat("image '", image->id, "': the picture '", path,
+                                "' cannot be read or decoded; its material is drawn in grey"));
+      return nullptr;
+    }
+    found->second = TextureOf(picture);
+    return found->second;
+  }
+
+  const oxDAEFile& m_document;
+  const oxRenderSceneOptions& m_options;
+  oxRenderScene& m_scene;
+  std::vector<PlacedNode> m_placed;
+  std::vector<const oxDAENode*> m_sceneNodes;
+  // The world matrix of each node where the walk first reached it.
+  std::unordered_map<const oxDAENode*, oxMatrix44> m_worlds;
+  std::map<const oxDAEMaterial*, size_t> m_materials;
+  std::unordered_map<const oxDAEGeometry*, size_t> m_uses;
+  std::unordered_map<const oxDAEGeometry*, oxMeshTriangles> m_meshes;
+  std::map<std::string, std::shared_ptr<const oxRenderImage>> m_pictures;
+};
+
+}  // namespace
+
+int GatherScene(const oxDAEFile& document, const oxRenderSceneOptions& options,
+                oxRenderScene& scene) {
+  return Gatherer(document, options, scene).Run();
+}
+
+}  // namespace OxDAERender

@@ -1,0 +1,77 @@
+// Every document the project carries renders: the sample scene, the
+// fuzzer's seed documents (one or more per element kind, the shapes the
+// module's tests load) and, when the shared corpus folder exists, every
+// COLLADA 1.4.x file it lists that loads. Each must render without a
+// crash, and one with geometry must cover some pixels. Pictures are
+// thumbnails, to keep the sweep quick.
+#include <oxDAERender/oxRender.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "oxTestSupport.h"
+
+namespace {
+
+using namespace OxDAERender;
+
+constexpr int kThumbnail = 64;
+
+// Renders `path` at thumbnail size; a document with geometry must cover
+// some pixels. A document that does not load is passed over.
+void ExpectRendered(const std::string& path, oxOffscreenRenderer& renderer) {
+  SCOPED_TRACE(path);
+  // The documents' own warnings are not what this test is about.
+  oxtest::LogCapture log;
+  OxDAEReader::oxDAEFile document;
+  if (document.Load(OxKernel::oxURI(OxKernel::oxString(path))) != 0) return;
+  oxRenderScene scene;
+  const int gathered = GatherScene(document, {}, scene);
+  ASSERT_TRUE(gathered == 0 || gathered == kRenderNoScene) << gathered;
+  const oxPicture seen = renderer.Draw(scene, ViewOf(scene, kThumbnail, kThumbnail, false));
+  ASSERT_EQ(seen.rgba.size(), size_t{kThumbnail} * kThumbnail * 4);
+  if (scene.IsEmpty()) return;
+  // A document's camera may look elsewhere at time 0 (or see a plane edge
+  // on): coverage is checked in the automatic view, which frames whatever
+  // was gathered.
+  scene.camera.reset();
+  const oxPicture picture = renderer.Draw(scene, ViewOf(scene, kThumbnail, kThumbnail, false));
+  int covered = 0;
+  for (int y = 0; y < kThumbnail; ++y) {
+    for (int x = 0; x < kThumbnail; ++x)
+      covered += picture.Pixel(x, y) != kBackground;
+  }
+  EXPECT_GT(covered, 0);
+}
+
+// One test per group of documents rather than one per document: each test
+// process starts Mesa afresh, which costs more than drawing a thumbnail.
+TEST(RenderSweep, SampleAndSeedDocumentsRender) {
+  oxOffscreenRenderer renderer(kThumbnail, kThumbnail);
+  ASSERT_TRUE(renderer.IsValid());
+  ExpectRendered(std::string(OX_SOURCE_DIR) + "/samples/scene.dae", renderer);
+  for (const auto& entry :
+       std::filesystem::directory_iterator(std::string(OX_SOURCE_DIR) + "/fuzz/seeds")) {
+    if (entry.path().extension() == ".dae") ExpectRendered(entry.path().string(), renderer);
+  }
+}
+
+TEST(RenderSweep, CorpusDocumentsRender) {
+  std::ifstream manifest(std::string(OX_CORPUS_DIR) + "/MANIFEST.tsv");
+  if (!manifest) GTEST_SKIP() << "no corpus folder";
+  oxOffscreenRenderer renderer(kThumbnail, kThumbnail);
+  ASSERT_TRUE(renderer.IsValid());
+  std::string line;
+  std::getline(manifest, line);
+  while (std::getline(manifest, line)) {
+    std::vector<std::string> columns;
+    std::stringstream row(line);
+    for (std::string column; std::getline(row, column, '\t');)
+      columns.push_back(column);
+    if (columns.size() >= 7 && columns[6].starts_with("1.4."))
+      ExpectRendered(std::string(OX_CORPUS_DIR) + "/" + columns[0], renderer);
+  }
+}
+
+}  // namespace
