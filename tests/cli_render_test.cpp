@@ -128,13 +128,7 @@ TEST(CliRender, SheetOfAFolderWithoutDocumentsExitsOne) {
 // The drawing module (OSMesa, and the LLVM it brings) is loaded by the first
 // picture only: the other commands start without mapping it.
 TEST(CliRender, OtherCommandsDoNotLoadTheDrawingModule) {
-  FILE* pipe = popen(("ldd " + Quote(OX_OXDAE_PATH) + " 2>&1").c_str(), "r");
-  ASSERT_NE(pipe, nullptr);
-  std::string libraries;
-  char buffer[4096];
-  for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
-    libraries.append(buffer, n);
-  pclose(pipe);
+  const std::string libraries = clitest::Run("ldd " + Quote(OX_OXDAE_PATH) + " 2>&1").out;
   EXPECT_NE(libraries.find("liboxKernel"), std::string::npos) << libraries;
   EXPECT_EQ(libraries.find("OSMesa"), std::string::npos) << libraries;
   EXPECT_EQ(libraries.find("LLVM"), std::string::npos) << libraries;

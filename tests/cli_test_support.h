@@ -29,10 +29,9 @@ struct ToolRun {
   }
 };
 
-// Runs oxdae with `arguments` (already quoted for the shell).
-inline ToolRun Oxdae(const std::string& arguments) {
-  oxtest::TempFile errFile("", ".err");
-  const std::string command = std::string(OX_OXDAE_PATH) + " " + arguments + " 2>" + errFile.Path();
+// Runs the shell command `command`: its exit status and standard output
+// (standard error as the command line sends it).
+inline ToolRun Run(const std::string& command) {
   ToolRun run;
   FILE* pipe = popen(command.c_str(), "r");
   if (!pipe) return run;
@@ -41,6 +40,13 @@ inline ToolRun Oxdae(const std::string& arguments) {
     run.out.append(buffer, n);
   const int status = pclose(pipe);
   run.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return run;
+}
+
+// Runs oxdae with `arguments` (already quoted for the shell).
+inline ToolRun Oxdae(const std::string& arguments) {
+  oxtest::TempFile errFile("", ".err");
+  ToolRun run = Run(std::string(OX_OXDAE_PATH) + " " + arguments + " 2>" + errFile.Path());
   run.err = oxtest::ReadFile(errFile.Path());
   return run;
 }

@@ -4,6 +4,17 @@
 
 namespace OxDAEConvert {
 
+const OxDAEReader::oxDAEAnimation* DrivingAnimation(
+    const OxDAEReader::oxDAENode& node,
+    const std::vector<const OxDAEReader::oxDAEAnimation*>& animations) {
+  for (const OxDAEReader::oxDAEAnimation* animation : animations) {
+    for (const auto& transform : node.transforms) {
+      if (transform->IsAnimated(animation)) return animation;
+    }
+  }
+  return nullptr;
+}
+
 struct oxDAEPose::Channels {
   oxDocumentAnimations animations;
 };

@@ -26,8 +26,8 @@
 #include <nlohmann/json.hpp>
 
 #include "cli_test_support.h"
-#include "gltf_documents.h"
 #include "oxTestSupport.h"
+#include "sweep_documents.h"
 
 namespace {
 
@@ -235,7 +235,7 @@ void CompareNodes(const json& nodes, const json& gltfNodes, const GltfScene& sce
   }
 }
 
-class GltfRoundNumbers : public ::testing::TestWithParam<gltftest::Document> {};
+class GltfRoundNumbers : public ::testing::TestWithParam<sweep::Document> {};
 
 TEST_P(GltfRoundNumbers, WorldMatricesMatchTheTreeAtTenTimes) {
   oxtest::LogCapture log;
@@ -269,7 +269,7 @@ TEST_P(GltfRoundNumbers, WorldMatricesMatchTheTreeAtTenTimes) {
   RecordProperty("approximate", static_cast<int>(approximate.size()));
 }
 
-INSTANTIATE_TEST_SUITE_P(Documents, GltfRoundNumbers, ::testing::ValuesIn(gltftest::Documents()),
+INSTANTIATE_TEST_SUITE_P(Documents, GltfRoundNumbers, ::testing::ValuesIn(sweep::Documents()),
                          [](const auto& info) { return info.param.name; });
 
 }  // namespace

@@ -12,8 +12,9 @@
 
 #include <nlohmann/json.hpp>
 
-#include "gltf_documents.h"
+#include "cli_test_support.h"
 #include "oxTestSupport.h"
+#include "sweep_documents.h"
 
 namespace {
 
@@ -23,12 +24,7 @@ std::vector<nlohmann::json> Validate(const std::vector<std::string>& files) {
                         std::string(OX_SOURCE_DIR) + "/convert/tests/validate_gltf.mjs'";
   for (const std::string& file : files)
     command += " '" + file + "'";
-  FILE* pipe = popen((command + " 2>&1").c_str(), "r");
-  std::string out;
-  char buffer[4096];
-  for (size_t n; pipe && (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
-    out.append(buffer, n);
-  if (pipe) pclose(pipe);
+  const std::string out = clitest::Run(command + " 2>&1").out;
   std::vector<nlohmann::json> reports;
   std::stringstream lines(out);
   for (std::string line; std::getline(lines, line);) {
@@ -39,7 +35,7 @@ std::vector<nlohmann::json> Validate(const std::vector<std::string>& files) {
   return reports;
 }
 
-class GltfValidation : public ::testing::TestWithParam<gltftest::Document> {};
+class GltfValidation : public ::testing::TestWithParam<sweep::Document> {};
 
 TEST_P(GltfValidation, ConvertedDocumentHasNoValidatorError) {
   oxtest::LogCapture log;
@@ -61,7 +57,7 @@ TEST_P(GltfValidation, ConvertedDocumentHasNoValidatorError) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Documents, GltfValidation, ::testing::ValuesIn(gltftest::Documents()),
+INSTANTIATE_TEST_SUITE_P(Documents, GltfValidation, ::testing::ValuesIn(sweep::Documents()),
                          [](const auto& info) { return info.param.name; });
 
 }  // namespace

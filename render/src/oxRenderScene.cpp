@@ -2,6 +2,7 @@
 
 #include <oxDAEConvert/oxDAEGltf.h>
 #include <oxDAEConvert/oxDAEMeshTriangles.h>
+#include <oxDAEConvert/oxDAEPose.h>
 #include <oxDAEConvert/oxDAEReferencedFile.h>
 #include <oxDAEConvert/oxDAESkinning.h>
 #include <oxDAEReadWrite/oxDAEReadWrite.h>
@@ -87,7 +88,8 @@ class LocalMatrices {
   }
 
   oxMatrix44 Of(const oxDAENode& node) const {
-    const oxDAEAnimation* animation = IsAnimated(node) ? DrivingAnimation(node) : nullptr;
+    const oxDAEAnimation* animation =
+        IsAnimated(node) ? OxDAEConvert::DrivingAnimation(node, m_animations) : nullptr;
     if (HasLookAt(node)) return ComposeWithLookAt(node, animation);
     if (!animation) return node.ComputeLocalMatrix();
     return node.ComputeLocalMatrix(m_time, animation);
@@ -152,15 +154,6 @@ class LocalMatrices {
       const auto* target = oxDAEChannelTargetArray::DynamicCast(transform->GetChannelTarget());
       return target && target->IsTargetedEx();
     });
-  }
-
-  const oxDAEAnimation* DrivingAnimation(const oxDAENode& node) const {
-    for (const oxDAEAnimation* animation : m_animations) {
-      for (const auto& transform : node.transforms) {
-        if (transform->IsAnimated(animation)) return animation;
-      }
-    }
-    return nullptr;
   }
 
   std::vector<const oxDAEAnimation*> m_animations;

@@ -7,10 +7,9 @@
 #include <oxDAERender/oxRender.h>
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include "oxTestSupport.h"
+#include "sweep_documents.h"
 
 namespace {
 
@@ -50,27 +49,18 @@ void ExpectRendered(const std::string& path, oxOffscreenRenderer& renderer) {
 TEST(RenderSweep, SampleAndSeedDocumentsRender) {
   oxOffscreenRenderer renderer(kThumbnail, kThumbnail);
   ASSERT_TRUE(renderer.IsValid());
-  ExpectRendered(std::string(OX_SOURCE_DIR) + "/samples/scene.dae", renderer);
-  for (const auto& entry :
-       std::filesystem::directory_iterator(std::string(OX_SOURCE_DIR) + "/fuzz/seeds")) {
-    if (entry.path().extension() == ".dae") ExpectRendered(entry.path().string(), renderer);
+  for (const sweep::Document& document : sweep::Documents()) {
+    if (!document.name.starts_with("corpus_")) ExpectRendered(document.path, renderer);
   }
 }
 
 TEST(RenderSweep, CorpusDocumentsRender) {
-  std::ifstream manifest(std::string(OX_CORPUS_DIR) + "/MANIFEST.tsv");
-  if (!manifest) GTEST_SKIP() << "no corpus folder";
+  if (!std::filesystem::exists(std::string(OX_CORPUS_DIR) + "/MANIFEST.tsv"))
+    GTEST_SKIP() << "no corpus folder";
   oxOffscreenRenderer renderer(kThumbnail, kThumbnail);
   ASSERT_TRUE(renderer.IsValid());
-  std::string line;
-  std::getline(manifest, line);
-  while (std::getline(manifest, line)) {
-    std::vector<std::string> columns;
-    std::stringstream row(line);
-    for (std::string column; std::getline(row, column, '\t');)
-      columns.push_back(column);
-    if (columns.size() >= 7 && columns[6].starts_with("1.4."))
-      ExpectRendered(std::string(OX_CORPUS_DIR) + "/" + columns[0], renderer);
+  for (const sweep::Document& document : sweep::Documents()) {
+    if (document.name.starts_with("corpus_")) ExpectRendered(document.path, renderer);
   }
 }
 

@@ -16,6 +16,13 @@
 
 namespace OxDAEConvert {
 
+// The first of `animations` that drives one of the node's transforms, or
+// null: the animation under which the module's own sampler evaluates the
+// node (as `oxdae tree --time` and the renderer do).
+const OxDAEReader::oxDAEAnimation* DrivingAnimation(
+    const OxDAEReader::oxDAENode& node,
+    const std::vector<const OxDAEReader::oxDAEAnimation*>& animations);
+
 class oxDAEPose {
  public:
   // Gathers the channels of every animation of `document` that drive node

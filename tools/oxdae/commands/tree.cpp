@@ -61,7 +61,8 @@ class LocalMatrices {
   oxMatrix44 Of(const oxDAENode& node) const {
     if (!m_time) return node.ComputeLocalMatrix();
     if (m_exact) return m_exact->LocalMatrix(node, *m_time);
-    return node.ComputeLocalMatrix(*m_time, m_chosen ? m_chosen : DrivingAnimation(node));
+    return node.ComputeLocalMatrix(
+        *m_time, m_chosen ? m_chosen : OxDAEConvert::DrivingAnimation(node, m_animations));
   }
 
   // True when some animation of the document drives `transform`.
@@ -71,16 +72,6 @@ class LocalMatrices {
   }
 
  private:
-  // The first animation that drives one of the node's transforms, or null.
-  const oxDAEAnimation* DrivingAnimation(const oxDAENode& node) const {
-    for (const oxDAEAnimation* animation : m_animations) {
-      for (const auto& transform : node.transforms) {
-        if (transform->IsAnimated(animation)) return animation;
-      }
-    }
-    return nullptr;
-  }
-
   std::vector<const oxDAEAnimation*> m_animations;
   std::optional<float> m_time;
   const oxDAEAnimation* m_chosen;

@@ -1,6 +1,7 @@
-// The documents the glTF tests convert: the sample scene, the fuzzer's
-// seed documents (one or more per element kind) and, when the corpus
-// folder exists, every COLLADA 1.4.x file of its manifest.
+// The documents the glTF and render sweeps go through: the sample scene,
+// the fuzzer's seed documents (one or more per element kind) and, when the
+// corpus folder exists, every COLLADA 1.4.x file of its manifest (named
+// "corpus_...").
 #pragma once
 
 #include <cctype>
@@ -11,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace gltftest {
+namespace sweep {
 
 struct Document {
   std::string path;
@@ -46,4 +47,4 @@ inline std::vector<Document> Documents() {
   return documents;
 }
 
-}  // namespace gltftest
+}  // namespace sweep
