@@ -13,8 +13,8 @@ namespace oxtest {
 
 namespace {
 
-std::map<std::string, std::string>& XmlByTest() {
-  static std::map<std::string, std::string> registry;
+std::map<std::string, std::function<std::string()>>& XmlByTest() {
+  static std::map<std::string, std::function<std::string()>> registry;
   return registry;
 }
 
@@ -88,14 +88,14 @@ std::string ElementText(const std::string& xml, const std::string& tag) {
   return end == std::string::npos ? std::string() : xml.substr(start, end + close.size() - start);
 }
 
-XmlRegistrar::XmlRegistrar(const char* testName, std::string xml) {
+XmlRegistrar::XmlRegistrar(const char* testName, std::function<std::string()> xml) {
   XmlByTest()[testName] = std::move(xml);
 }
 
 void DocumentTest::SetUp() {
   const ::testing::TestInfo* info = ::testing::UnitTest::GetInstance()->current_test_info();
   const auto it = XmlByTest().find(std::string(info->test_suite_name()) + "." + info->name());
-  if (it != XmlByTest().end()) rc = LoadText(it->second);
+  if (it != XmlByTest().end()) rc = LoadText(it->second());
 }
 
 LoadOutcome LoadAndSave(const std::function<int(OxDAEReader::oxDAEFile&)>& load) {

@@ -168,9 +168,11 @@ class DocumentTest : public ::testing::Test {
   std::string FinishWriter();
 };
 
-// Registers the XML of one TEST_XML test under "Suite.Name".
+// Registers how to build the XML of one TEST_XML test under "Suite.Name".
+// The XML is built only when its test runs: some are tens of megabytes, and
+// every test runs in a process of its own.
 struct XmlRegistrar {
-  XmlRegistrar(const char* testName, std::string xml);
+  XmlRegistrar(const char* testName, std::function<std::string()> xml);
 };
 
 }  // namespace oxtest
@@ -178,6 +180,7 @@ struct XmlRegistrar {
 #define OX_DOCUMENT_SUITE(Suite) \
   class Suite : public ::oxtest::DocumentTest {}
 
-#define TEST_XML(Suite, Name, Xml)                                                           \
-  static const ::oxtest::XmlRegistrar Suite##_##Name##_xml_registrar(#Suite "." #Name, Xml); \
+#define TEST_XML(Suite, Name, Xml)                                    \
+  static const ::oxtest::XmlRegistrar Suite##_##Name##_xml_registrar( \
+      #Suite "." #Name, [] { return std::string(Xml); });             \
   TEST_F(Suite, Name)
