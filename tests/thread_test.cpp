@@ -1,7 +1,9 @@
 // One document per thread, several threads at once: each thread loads,
 // saves to a file and to a string, and loads its saved file again. The
 // results must be those of the same work done on one thread, and under
-// ThreadSanitizer (make test TSAN=ON) the run must raise no report.
+// ThreadSanitizer (make test TSAN=ON) the run must raise no report. The
+// drawable meshes, whose groups are cut side by side on several threads,
+// are made on eight threads at once too.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -10,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include <oxDAEConvert/oxDAEMeshTriangles.h>
 #include <oxDAEReadWrite/oxDAEReadWrite.h>
 #include <oxKernel/oxLog.h>
 
@@ -175,6 +178,46 @@ TEST_F(ThreadedDocuments, OneTextOnEightThreadsGivesEightEqualDocuments) {
     EXPECT_EQ(parallel[i].text, expected.text) << "thread " << i;
     EXPECT_EQ(parallel[i].resaved, expected.text) << "thread " << i;
     EXPECT_EQ(parallel[i].log, oxtest::kNoLog) << "thread " << i;
+  }
+}
+
+// A mesh of three groups (two materials and a line list), cut on eight
+// threads at once, each its own document; every cut is that of one thread,
+// groups in document order.
+TEST_F(ThreadedDocuments, MeshesOfSeveralGroupsCutOnEightThreadsKeepTheirOrder) {
+  const std::string xml = Collada(R"(<library_geometries><geometry id="g"><mesh>
+<source id="p"><float_array id="pa" count="12">0 0 0 1 0 0 1 1 0 0 1 0</float_array>
+<technique_common><accessor source="#pa" count="4" stride="3"><param name="X" type="float"/>
+<param name="Y" type="float"/><param name="Z" type="float"/></accessor></technique_common></source>
+<vertices id="v"><input semantic="POSITION" source="#p"/></vertices>
+<triangles count="1" material="a"><input semantic="VERTEX" source="#v" offset="0"/><p>0 1 2</p></triangles>
+<triangles count="1" material="b"><input semantic="VERTEX" source="#v" offset="0"/><p>2 3 0</p></triangles>
+<lines count="1"><input semantic="VERTEX" source="#v" offset="0"/><p>0 2</p></lines>
+</mesh></geometry></library_geometries>)");
+  std::array<OxDAEConvert::oxMeshTriangles, kThreadCount> meshes;
+  std::vector<std::thread> threads;
+  for (size_t i = 0; i < kThreadCount; ++i) {
+    threads.emplace_back([&, i] {
+      OxDAEReader::oxDAEFile document;
+      if (document.LoadFromMemory(xml.data(), xml.size(), OxKernel::oxURI()) != 0) return;
+      if (const auto* geometry = OxDAEReader::oxDAEGeometry::DynamicCast(document.ResolveURI("#g")))
+        meshes[i] = OxDAEConvert::MeshTriangles(*geometry);
+    });
+  }
+  for (std::thread& t : threads)
+    t.join();
+
+  for (size_t i = 0; i < kThreadCount; ++i) {
+    const OxDAEConvert::oxMeshTriangles& mesh = meshes[i];
+    EXPECT_EQ(mesh.positionRecords, (OxKernel::oxArray<uint32_t>{0, 1, 2, 2, 3, 0, 0, 2}))
+        << "thread " << i;
+    ASSERT_EQ(mesh.parts.size(), 3u) << "thread " << i;
+    EXPECT_EQ(mesh.parts[0].symbol, "a");
+    EXPECT_EQ(mesh.parts[0].indices, (OxKernel::oxArray<uint32_t>{0, 1, 2}));
+    EXPECT_EQ(mesh.parts[1].symbol, "b");
+    EXPECT_EQ(mesh.parts[1].indices, (OxKernel::oxArray<uint32_t>{3, 4, 5}));
+    EXPECT_TRUE(mesh.parts[2].lines);
+    EXPECT_EQ(mesh.parts[2].indices, (OxKernel::oxArray<uint32_t>{6, 7}));
   }
 }
 

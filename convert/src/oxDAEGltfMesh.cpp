@@ -7,6 +7,7 @@
 #include <oxKernel/oxLog.h>
 
 #include "oxDAEMeshGroups.h"
+#include <oxDAEConvert/oxParallel.h>
 #include "oxRecords.h"
 
 namespace OxDAEConvert {
@@ -148,55 +149,126 @@ Json WriteTargets(const oxMeshGroup& group, const oxGltfMorphing& morphing,
   return targets;
 }
 
-// Writes the group's attributes and indices; returns the attributes.
-Json WriteGroup(const oxMeshGroup& group, oxGltfBuilder& gltf, const oxGltfSkinning* skinning,
-                SkinningLosses& losses) {
-  Json attributes = Json::object();
-  const size_t normal = ChannelOf(group, Kind::Normal);
-  const size_t binormal = ChannelOf(group, Kind::Binormal);
-  for (size_t c = 0; c < group.channels.size(); ++c) {
-    const Channel& channel = group.channels[c];
-    if (channel.kind == Kind::Binormal) continue;
-    std::vector<float> values;
-    values.reserve(group.vertices.size() * channel.width);
-    for (size_t i = 0; i < group.vertices.size(); ++i) {
-      const int32_t* vertex = group.vertices[i];
-      const size_t record = vertex[c] < 0 ? SIZE_MAX : static_cast<size_t>(vertex[c]);
-      std::array<double, 4> v = {0, 0, 0, 1};
-      // A tangent's fourth float is its sign, made below.
-      const unsigned int read = channel.kind == Kind::Tangent ? 3 : channel.width;
+// Fills `out` with channel `c` of every vertex of `group`, `width` floats
+// each: the record's first `read` floats (zeros for a missing record, 0 0 0
+// 1 beyond them) after `finish(v, vertex)`. Each kind of channel passes its
+// own `finish`, so that the loop over a large mesh does not ask it again.
+template <typename Finish>
+void FillChannel(const oxMeshGroup& group, size_t c, unsigned int read, float* out,
+                 Finish&& finish) {
+  const oxRecords records(group.channels[c].accessor);
+  const unsigned int width = group.channels[c].width;
+  for (size_t i = 0; i < group.vertices.size(); ++i, out += width) {
+    const int32_t* vertex = group.vertices[i];
+    std::array<double, 4> v = {0, 0, 0, 1};
+    if (vertex[c] >= 0) {
       for (unsigned int j = 0; j < read; ++j)
-        v[j] = record == SIZE_MAX ? 0.0 : RecordFloat(channel.accessor, record, j);
-      if (skinning && channel.kind != Kind::Texcoord && channel.kind != Kind::Color) {
-        const Vec3 placed =
-            Place(skinning->bindShape, {v[0], v[1], v[2]}, channel.kind == Kind::Position);
-        std::copy(placed.begin(), placed.end(), v.begin());
-      }
-      if (channel.kind == Kind::Normal) {
+        v[j] = records(static_cast<size_t>(vertex[c]), j);
+    }
+    finish(v, vertex);
+    for (unsigned int j = 0; j < width; ++j)
+      out[j] = static_cast<float>(v[j]);
+  }
+}
+
+// Writes channel `c` of the group's vertices into `out`, as glTF wants
+// it: normals of unit length (0 0 1 for a zero normal), texture rows counted
+// from the top, colours within 0..1, tangents as Tangent makes them; with
+// `skinning`, positions, normals and tangents placed by the bind shape.
+void WriteChannel(const oxMeshGroup& group, size_t c, const oxGltfSkinning* skinning, float* out) {
+  const Channel& channel = group.channels[c];
+  const auto place = [skinning](std::array<double, 4>& v, bool point) {
+    if (!skinning) return;
+    const Vec3 placed = Place(skinning->bindShape, {v[0], v[1], v[2]}, point);
+    std::copy(placed.begin(), placed.end(), v.begin());
+  };
+  switch (channel.kind) {
+    case Kind::Position:
+      FillChannel(group, c, 3, out,
+                  [&](std::array<double, 4>& v, const int32_t*) { place(v, true); });
+      break;
+    case Kind::Normal:
+      FillChannel(group, c, 3, out, [&](std::array<double, 4>& v, const int32_t*) {
+        place(v, false);
         const double length = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
-        if (length > 0) {
-          for (int j = 0; j < 3; ++j)
-            v[j] /= length;
-        } else {
+        if (!(length > 0)) {
           v = {0, 0, 1, 1};
+          return;
         }
-      } else if (channel.kind == Kind::Texcoord) {
-        // glTF's texture origin is the top left, COLLADA's the bottom left.
-        v[1] = 1.0 - v[1];
-      } else if (channel.kind == Kind::Color) {
-        for (unsigned int j = 0; j < channel.width; ++j)
-          v[j] = std::clamp(v[j], 0.0, 1.0);
-      } else if (channel.kind == Kind::Tangent) {
+        for (int j = 0; j < 3; ++j)
+          v[j] /= length;
+      });
+      break;
+    case Kind::Texcoord:
+      // glTF's texture origin is the top left, COLLADA's the bottom left.
+      FillChannel(group, c, 2, out,
+                  [](std::array<double, 4>& v, const int32_t*) { v[1] = 1.0 - v[1]; });
+      break;
+    case Kind::Color:
+      FillChannel(group, c, channel.width, out, [](std::array<double, 4>& v, const int32_t*) {
+        for (double& x : v)
+          x = std::clamp(x, 0.0, 1.0);
+      });
+      break;
+    case Kind::Tangent: {
+      // The fourth float is the tangent's sign, made from the binormal.
+      const size_t normal = ChannelOf(group, Kind::Normal);
+      const size_t binormal = ChannelOf(group, Kind::Binormal);
+      FillChannel(group, c, 3, out, [&](std::array<double, 4>& v, const int32_t* vertex) {
+        place(v, false);
         const Vec3 b = Read3(group, binormal, vertex);
         v = Tangent(Read3(group, normal, vertex), {v[0], v[1], v[2]},
                     binormal == SIZE_MAX ? nullptr : &b);
-      }
-      for (unsigned int j = 0; j < channel.width; ++j)
-        values.push_back(static_cast<float>(v[j]));
+      });
+      break;
     }
+    case Kind::Binormal:
+      break;
+  }
+}
+
+// The attribute values of a group, every channel but a binormal (which
+// only signs the tangent) one after the other in one array.
+struct GroupValues {
+  OxKernel::oxArray<float> floats;
+  std::vector<size_t> first;  // per channel, where its values start
+};
+
+// The values of every group, the groups side by side on the machine's
+// cores: each depends only on its group and the document.
+std::vector<GroupValues> AttributeValues(const std::vector<oxMeshGroup>& groups,
+                                         const oxGltfSkinning* skinning) {
+  std::vector<GroupValues> values(groups.size());
+  ParallelFor(groups.size(), [&](size_t g) {
+    const oxMeshGroup& group = groups[g];
+    GroupValues& out = values[g];
+    size_t total = 0;
+    for (const Channel& channel : group.channels) {
+      out.first.push_back(total);
+      if (channel.kind != Kind::Binormal) total += group.vertices.size() * channel.width;
+    }
+    out.floats.resize(total);
+    for (size_t c = 0; c < group.channels.size(); ++c) {
+      if (group.channels[c].kind != Kind::Binormal)
+        WriteChannel(group, c, skinning, out.floats.data() + out.first[c]);
+    }
+  });
+  return values;
+}
+
+// Writes the group's attributes (from `values`) and its skinning; returns
+// the attributes.
+Json WriteGroup(const oxMeshGroup& group, const GroupValues& values, oxGltfBuilder& gltf,
+                const oxGltfSkinning* skinning, SkinningLosses& losses) {
+  Json attributes = Json::object();
+  for (size_t c = 0; c < group.channels.size(); ++c) {
+    const Channel& channel = group.channels[c];
+    if (channel.kind == Kind::Binormal) continue;
     const char* type = channel.width == 2 ? "VEC2" : channel.width == 3 ? "VEC3" : "VEC4";
+    const std::span<const float> floats(values.floats.data() + values.first[c],
+                                        group.vertices.size() * channel.width);
     attributes[channel.name] =
-        gltf.AddFloats(values, type, kGltfArrayBuffer, channel.kind == Kind::Position);
+        gltf.AddFloats(floats, type, kGltfArrayBuffer, channel.kind == Kind::Position);
   }
   if (skinning) WriteSkinning(group, *skinning, attributes, gltf, losses);
   return attributes;
@@ -220,13 +292,15 @@ std::vector<oxGltfPrimitive> ConvertGeometry(const oxDAEGeometry& geometry, oxGl
            OxKernel::oxConcat("geometry '", GeometryName(geometry), "': its input ", semantic,
                               " is not carried over"));
   }
+  const std::vector<GroupValues> values = AttributeValues(groups, skinning);
   std::vector<oxGltfPrimitive> primitives;
   SkinningLosses losses;
-  for (const oxMeshGroup& group : groups) {
+  for (size_t g = 0; g < groups.size(); ++g) {
+    const oxMeshGroup& group = groups[g];
     oxGltfPrimitive primitive;
     primitive.symbol = group.symbol;
     primitive.mode = group.mode;
-    primitive.attributes = WriteGroup(group, gltf, skinning, losses);
+    primitive.attributes = WriteGroup(group, values[g], gltf, skinning, losses);
     if (morphing) primitive.targets = WriteTargets(group, *morphing, skinning, gltf);
     primitive.indices = gltf.AddIndices(group.indices);
     primitives.push_back(std::move(primitive));

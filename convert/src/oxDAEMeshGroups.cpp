@@ -4,6 +4,7 @@
 #include <map>
 #include <tuple>
 
+#include <oxDAEConvert/oxParallel.h>
 #include "oxRecords.h"
 
 namespace OxDAEConvert {
@@ -21,12 +22,6 @@ namespace {
 // Polygons with more corners than this are cut as fans: ear clipping takes
 // time quadratic in the corners.
 constexpr size_t kMostClippedCorners = 256;
-
-// A corner of a face: list `list` of the primitive, tuple starting at `at`.
-struct Corner {
-  size_t list = 0;
-  size_t at = 0;
-};
 
 using Inputs = std::map<std::pair<int, uint32_t>, std::pair<const oxDAEInputElement*, uint32_t>>;
 
@@ -117,35 +112,34 @@ uint32_t TupleWidth(const oxDAEMeshPrimitive& primitive) {
 }
 
 Vec3 PositionOf(const oxDAEMeshPrimitive& primitive, const Channel* position, uint32_t width,
-                const Corner& corner) {
+                size_t list, size_t tuple) {
   if (!position) return {0, 0, 0};
-  const auto& list = primitive.p[corner.list];
-  const size_t at = corner.at * width + position->offset;
-  if (at >= list.size() || list[at] < 0) return {0, 0, 0};
-  const size_t record = static_cast<size_t>(list[at]);
+  const auto& indices = primitive.p[list];
+  const size_t at = tuple * width + position->offset;
+  if (at >= indices.size() || indices[at] < 0) return {0, 0, 0};
+  const size_t record = static_cast<size_t>(indices[at]);
   return {RecordFloat(position->accessor, record, 0), RecordFloat(position->accessor, record, 1),
           RecordFloat(position->accessor, record, 2)};
 }
 
-// Cuts a polygon into triangles: ears clipped in the plane the polygon
-// faces most (its Newell normal), else a fan.
-std::vector<Corner> Triangulate(const std::vector<Corner>& polygon,
-                                const std::vector<Vec3>& points) {
-  std::vector<Corner> triangles;
-  const size_t n = polygon.size();
-  const auto fan = [&](const std::vector<size_t>& order) {
-    for (size_t i = 1; i + 1 < order.size(); ++i) {
-      triangles.push_back(polygon[order[0]]);
-      triangles.push_back(polygon[order[i]]);
-      triangles.push_back(polygon[order[i + 1]]);
-    }
+// Cuts a polygon of `points.size()` corners into triangles, written to `cut`
+// as corner numbers: ears clipped in the plane the polygon faces most (its
+// Newell normal), else a fan. `remaining` is working space kept by the
+// caller, so that a mesh of many polygons allocates once.
+void Triangulate(const std::vector<Vec3>& points, std::vector<size_t>& remaining,
+                 std::vector<size_t>& cut) {
+  cut.clear();
+  const size_t n = points.size();
+  const auto fan = [&cut, &remaining] {
+    for (size_t i = 1; i + 1 < remaining.size(); ++i)
+      cut.insert(cut.end(), {remaining[0], remaining[i], remaining[i + 1]});
   };
-  std::vector<size_t> remaining(n);
+  remaining.resize(n);
   for (size_t i = 0; i < n; ++i)
     remaining[i] = i;
   if (n <= 3 || n > kMostClippedCorners) {
-    fan(remaining);
-    return triangles;
+    fan();
+    return;
   }
   Vec3 normal = {0, 0, 0};
   for (size_t i = 0; i < n; ++i) {
@@ -183,70 +177,115 @@ std::vector<Corner> Triangulate(const std::vector<Corner>& polygon,
         }
       }
       if (!ear) continue;
-      triangles.push_back(polygon[a]);
-      triangles.push_back(polygon[b]);
-      triangles.push_back(polygon[c]);
+      cut.insert(cut.end(), {a, b, c});
       remaining.erase(remaining.begin() + static_cast<ptrdiff_t>(i));
       clipped = true;
     }
     if (!clipped) break;  // degenerate or self-crossing: the rest as a fan
   }
-  fan(remaining);
-  return triangles;
+  fan();
 }
 
-// The corners of the triangles (mode 4) or line segments (mode 1) of
-// `primitive`, in order.
-std::vector<Corner> CornersOf(const oxDAEMeshPrimitive& primitive, uint32_t width,
-                              const Channel* position, int& mode) {
-  std::vector<Corner> corners;
-  mode = primitive.type == EType::LINES || primitive.type == EType::LINESTRIPS ? 1 : 4;
+// 1 (segments) for lines and line strips, 4 (triangles) for the rest.
+int ModeOf(const oxDAEMeshPrimitive& primitive) {
+  return primitive.type == EType::LINES || primitive.type == EType::LINESTRIPS ? 1 : 4;
+}
+
+// How many corners ForEachCorner gives for `primitive`, to reserve room
+// before they come.
+size_t CornerCount(const oxDAEMeshPrimitive& primitive, uint32_t width) {
+  const auto faces = [](size_t n) { return n >= 3 ? 3 * (n - 2) : 0; };
+  size_t corners = 0;
+  for (const auto& list : primitive.p) {
+    const size_t n = list.size() / width;
+    switch (primitive.type) {
+      case EType::TRIANGLES:
+        corners += n / 3 * 3;
+        break;
+      case EType::LINES:
+        corners += n / 2 * 2;
+        break;
+      case EType::LINESTRIPS:
+        corners += n >= 2 ? 2 * (n - 1) : 0;
+        break;
+      case EType::TRIFANS:
+      case EType::TRISTRIPS:
+      case EType::POLYGONS:
+        corners += faces(n);
+        break;
+      case EType::POLYLIST: {
+        // The counts are read as ForEachCorner reads them: a count beyond
+        // the list ends them, so that a hostile count reserves nothing.
+        size_t first = 0;
+        for (const int32_t count : primitive.vcount) {
+          if (count < 0 || first + static_cast<size_t>(count) > n) break;
+          corners += faces(static_cast<size_t>(count));
+          first += static_cast<size_t>(count);
+        }
+        break;
+      }
+    }
+  }
+  return corners;
+}
+
+// Calls `corner(list, tuple)` for each corner of the triangles or line
+// segments of `primitive`, in order: the corners are used as they are made,
+// because a list of them would be the biggest allocation of a conversion.
+template <typename Emit>
+void ForEachCorner(const oxDAEMeshPrimitive& primitive, uint32_t width, const Channel* position,
+                   Emit&& corner) {
   const auto tuples = [&](size_t list) { return primitive.p[list].size() / width; };
-  // Buffers reused from polygon to polygon; a triangle needs neither.
-  std::vector<Corner> face;
+  // Buffers reused from polygon to polygon; a triangle needs none.
   std::vector<Vec3> points;
+  std::vector<size_t> remaining;
+  std::vector<size_t> cut;
   const auto polygon = [&](size_t list, size_t first, size_t count) {
     if (count == 3) {
-      corners.insert(corners.end(), {{list, first}, {list, first + 1}, {list, first + 2}});
+      corner(list, first);
+      corner(list, first + 1);
+      corner(list, first + 2);
       return;
     }
-    face.clear();
     points.clear();
-    for (size_t i = 0; i < count; ++i) {
-      face.push_back({list, first + i});
-      points.push_back(PositionOf(primitive, position, width, face.back()));
-    }
-    const std::vector<Corner> cut = Triangulate(face, points);
-    corners.insert(corners.end(), cut.begin(), cut.end());
+    for (size_t i = 0; i < count; ++i)
+      points.push_back(PositionOf(primitive, position, width, list, first + i));
+    Triangulate(points, remaining, cut);
+    for (const size_t i : cut)
+      corner(list, first + i);
+  };
+  const auto triangle = [&corner](size_t list, size_t a, size_t b, size_t c) {
+    corner(list, a);
+    corner(list, b);
+    corner(list, c);
   };
   for (size_t list = 0; list < primitive.p.size(); ++list) {
     const size_t n = tuples(list);
     switch (primitive.type) {
       case EType::TRIANGLES:
         for (size_t i = 0; i + 2 < n; i += 3)
-          corners.insert(corners.end(), {{list, i}, {list, i + 1}, {list, i + 2}});
+          triangle(list, i, i + 1, i + 2);
         break;
       case EType::LINES:
-        for (size_t i = 0; i + 1 < n; i += 2)
-          corners.insert(corners.end(), {{list, i}, {list, i + 1}});
+        for (size_t i = 0; i + 1 < n; i += 2) {
+          corner(list, i);
+          corner(list, i + 1);
+        }
         break;
       case EType::LINESTRIPS:
-        for (size_t i = 0; i + 1 < n; ++i)
-          corners.insert(corners.end(), {{list, i}, {list, i + 1}});
+        for (size_t i = 0; i + 1 < n; ++i) {
+          corner(list, i);
+          corner(list, i + 1);
+        }
         break;
       case EType::TRIFANS:
         for (size_t i = 1; i + 1 < n; ++i)
-          corners.insert(corners.end(), {{list, 0}, {list, i}, {list, i + 1}});
+          triangle(list, 0, i, i + 1);
         break;
       case EType::TRISTRIPS:
-        for (size_t i = 0; i + 2 < n; ++i) {
-          // Every other triangle of a strip turns the other way.
-          if (i % 2 == 0) {
-            corners.insert(corners.end(), {{list, i}, {list, i + 1}, {list, i + 2}});
-          } else {
-            corners.insert(corners.end(), {{list, i + 1}, {list, i}, {list, i + 2}});
-          }
-        }
+        // Every other triangle of a strip turns the other way.
+        for (size_t i = 0; i + 2 < n; ++i)
+          triangle(list, i % 2 == 0 ? i : i + 1, i % 2 == 0 ? i + 1 : i, i + 2);
         break;
       case EType::POLYGONS:
         if (n >= 3) polygon(list, 0, n);
@@ -262,7 +301,6 @@ std::vector<Corner> CornersOf(const oxDAEMeshPrimitive& primitive, uint32_t widt
       }
     }
   }
-  return corners;
 }
 
 // What primitives must share to merge: the attributes, their widths and
@@ -276,36 +314,68 @@ std::string Signature(const std::vector<Channel>& channels) {
   return key;
 }
 
+// A primitive that goes to a group, with what its corners are read by.
+struct Member {
+  const oxDAEMeshPrimitive* primitive = nullptr;
+  std::vector<Channel> channels;  // its own: merged primitives may differ in offsets
+  uint32_t width = 1;             // indices per corner
+  size_t corners = 0;             // as ForEachCorner gives them
+};
+
+// The vertices and indices of `group` from the corners of its primitives.
+void FillGroup(const std::vector<Member>& members, oxMeshGroup& group) {
+  size_t corners = 0;
+  for (const Member& member : members)
+    corners += member.corners;
+  group.indices.reserve(corners);
+  group.vertices.Reserve(corners);
+  for (const Member& member : members) {
+    const auto& channels = member.channels;
+    const Channel* position =
+        &*std::find_if(channels.begin(), channels.end(),
+                       [](const Channel& c) { return c.kind == Kind::Position; });
+    std::vector<int32_t> tuple(channels.size());
+    ForEachCorner(*member.primitive, member.width, position, [&](size_t list, size_t at) {
+      const auto& indices = member.primitive->p[list];
+      for (size_t c = 0; c < channels.size(); ++c) {
+        const size_t i = at * member.width + channels[c].offset;
+        tuple[c] = i < indices.size() ? indices[i] : -1;
+      }
+      group.indices.push_back(group.vertices.Add(tuple.data()));
+    });
+  }
+}
+
 }  // namespace
 
 std::vector<oxMeshGroup> GroupPrimitives(const oxDAEMesh& mesh, std::set<std::string>& dropped) {
+  // First which primitive goes to which group, in one pass; then each
+  // group's vertices, the groups side by side on the machine's cores: a
+  // group depends only on its own primitives, taken in document order, so
+  // the result is the same however the work is shared.
   std::vector<oxMeshGroup> groups;
+  std::vector<std::vector<Member>> members;
   std::map<std::tuple<std::string, int, std::string>, size_t> found;
   for (const oxDAEMeshPrimitive* primitive : mesh.primitives) {
-    std::vector<Channel> channels = ChannelsOf(*primitive, dropped);
-    const auto position = std::find_if(channels.begin(), channels.end(),
+    Member member{primitive, ChannelsOf(*primitive, dropped), TupleWidth(*primitive), 0};
+    const auto position = std::find_if(member.channels.begin(), member.channels.end(),
                                        [](const Channel& c) { return c.kind == Kind::Position; });
-    if (position == channels.end()) continue;
-    const uint32_t width = TupleWidth(*primitive);
-    int mode = 4;
-    const std::vector<Corner> corners = CornersOf(*primitive, width, &*position, mode);
-    if (corners.empty()) continue;
-    const auto key = std::make_tuple(std::string(primitive->material), mode, Signature(channels));
+    if (position == member.channels.end()) continue;
+    member.corners = CornerCount(*primitive, member.width);
+    // A primitive without a whole face starts no group.
+    if (member.corners == 0) continue;
+    const int mode = ModeOf(*primitive);
+    const auto key =
+        std::make_tuple(std::string(primitive->material), mode, Signature(member.channels));
     const auto [it, added] = found.try_emplace(key, groups.size());
     if (added) {
-      groups.push_back({std::get<0>(key), mode, channels, Vertices(channels.size()), {}});
+      groups.push_back(
+          {std::get<0>(key), mode, member.channels, Vertices(member.channels.size()), {}});
+      members.emplace_back();
     }
-    oxMeshGroup& group = groups[it->second];
-    std::vector<int32_t> tuple(channels.size());
-    for (const Corner& corner : corners) {
-      const auto& list = primitive->p[corner.list];
-      for (size_t c = 0; c < channels.size(); ++c) {
-        const size_t at = corner.at * width + channels[c].offset;
-        tuple[c] = at < list.size() ? list[at] : -1;
-      }
-      group.indices.push_back(group.vertices.Add(tuple.data()));
-    }
+    members[it->second].push_back(std::move(member));
   }
+  ParallelFor(groups.size(), [&](size_t g) { FillGroup(members[g], groups[g]); });
   return groups;
 }
 

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include <oxDAEReadWrite/oxDAEElements_Main_Geometry.h>
+#include <oxKernel/oxContainers.h>
 
 namespace OxDAEConvert {
 
@@ -37,48 +38,81 @@ struct Channel {
 class Vertices {
  public:
   explicit Vertices(size_t width = 0) : m_width(std::max<size_t>(width, 1)) {}
-  size_t size() const { return m_tuples.size() / m_width; }
+  size_t size() const { return m_count; }
   const int32_t* operator[](size_t i) const { return m_tuples.data() + i * m_width; }
+
+  // Room for `more` vertices beyond those held, so that adding them
+  // neither moves the tuples nor rebuilds the table.
+  void Reserve(size_t more) {
+    m_tuples.reserve((m_count + more) * m_width);
+    size_t slots = std::max<size_t>(64, m_slots.size());
+    while (slots < 2 * (m_count + more))
+      slots *= 2;
+    if (slots > m_slots.size()) Rehash(slots);
+  }
 
   // The vertex of `tuple` (m_width indices), added when new.
   uint32_t Add(const int32_t* tuple) {
-    if (2 * (size() + 1) > m_slots.size()) Grow();
-    for (size_t slot = Hash(tuple) & (m_slots.size() - 1);;
-         slot = (slot + 1) & (m_slots.size() - 1)) {
-      if (m_slots[slot] == 0) {
-        m_tuples.insert(m_tuples.end(), tuple, tuple + m_width);
-        m_slots[slot] = static_cast<uint32_t>(size());
-        return m_slots[slot] - 1;
+    if (2 * (m_count + 1) > m_slots.size()) Rehash(std::max<size_t>(64, m_slots.size() * 2));
+    const uint64_t hash = Hash(tuple);
+    const uint64_t tag = hash & kTagBits;
+    const size_t mask = m_slots.size() - 1;
+    for (size_t slot = hash & mask;; slot = (slot + 1) & mask) {
+      const uint64_t entry = m_slots[slot];
+      if (entry == 0) {
+        const size_t at = m_tuples.size();
+        m_tuples.resize(at + m_width);
+        std::copy(tuple, tuple + m_width, m_tuples.data() + at);
+        m_slots[slot] = tag | ++m_count;
+        return static_cast<uint32_t>(m_count - 1);
       }
-      const uint32_t vertex = m_slots[slot] - 1;
-      if (std::equal(tuple, tuple + m_width, (*this)[vertex])) return vertex;
+      const auto vertex = static_cast<uint32_t>(entry - 1);
+      if ((entry & kTagBits) == tag && Same(tuple, (*this)[vertex])) return vertex;
     }
   }
 
  private:
+  // A slot holds the vertex number + 1 (0 when empty) in its low half and
+  // the high half of the tuple's hash in its high half, so that a probe
+  // past another tuple seldom has to read that tuple.
+  static constexpr uint64_t kTagBits = 0xFFFFFFFF00000000u;
+
+  // Each index multiplied by its own odd constant, then mixed once: the
+  // low bits pick the slot, the high bits make the tag.
   uint64_t Hash(const int32_t* tuple) const {
-    uint64_t h = 0x9E3779B97F4A7C15u;
-    for (size_t i = 0; i < m_width; ++i) {
-      h ^= static_cast<uint32_t>(tuple[i]);
-      h *= 0xBF58476D1CE4E5B9u;
-      h ^= h >> 31;
-    }
-    return h;
+    uint64_t h = 0;
+    for (size_t i = 0; i < m_width; ++i)
+      h += (static_cast<uint64_t>(static_cast<uint32_t>(tuple[i])) + 1) *
+           (0x9E3779B97F4A7C15u + 2 * i);
+    h ^= h >> 29;
+    h *= 0xBF58476D1CE4E5B9u;
+    return h ^ (h >> 32);
   }
-  void Grow() {
-    m_slots.assign(std::max<size_t>(64, m_slots.size() * 2), 0);
-    const size_t mask = m_slots.size() - 1;
-    for (size_t v = 0; v < size(); ++v) {
-      size_t slot = Hash((*this)[v]) & mask;
+  // A loop rather than std::equal, which calls memcmp for a few bytes.
+  bool Same(const int32_t* a, const int32_t* b) const {
+    for (size_t i = 0; i < m_width; ++i) {
+      if (a[i] != b[i]) return false;
+    }
+    return true;
+  }
+  void Rehash(size_t slots) {
+    m_slots.assign(slots, 0);
+    const size_t mask = slots - 1;
+    for (size_t v = 0; v < m_count; ++v) {
+      const uint64_t hash = Hash((*this)[v]);
+      size_t slot = hash & mask;
       while (m_slots[slot] != 0)
         slot = (slot + 1) & mask;
-      m_slots[slot] = static_cast<uint32_t>(v + 1);
+      m_slots[slot] = (hash & kTagBits) | (v + 1);
     }
   }
 
+  // In the host's large blocks, as are a group's indices: a big mesh's
+  // vertices would otherwise cost a page fault per 4 kB as they grow.
   size_t m_width;
-  std::vector<int32_t> m_tuples;
-  std::vector<uint32_t> m_slots;  // vertex + 1; 0 for an empty slot
+  size_t m_count = 0;
+  OxKernel::oxArray<int32_t> m_tuples;
+  OxKernel::oxArray<uint64_t> m_slots;
 };
 
 // The merged vertices and indices of the primitives of one material symbol,
@@ -88,7 +122,7 @@ struct oxMeshGroup {
   int mode = 4;                   // 4 triangles, 1 lines (glTF's numbers)
   std::vector<Channel> channels;  // of the first COLLADA primitive merged
   Vertices vertices;              // per vertex: the index of each channel
-  std::vector<uint32_t> indices;
+  OxKernel::oxArray<uint32_t> indices;
 };
 
 // The groups of `mesh`'s primitives in the order first met. Polygons are cut

@@ -15,7 +15,7 @@ namespace {
 // zeros except the last float of a four-float colour, which reads 1.
 template <size_t N>
 void AppendChannel(const oxMeshGroup& group, size_t c, size_t before,
-                   std::vector<std::array<float, N>>& out) {
+                   OxKernel::oxArray<std::array<float, N>>& out) {
   out.resize(before, std::array<float, N>{});
   const unsigned int width = c == SIZE_MAX ? 0 : group.channels[c].width;
   for (size_t i = 0; i < group.vertices.size(); ++i) {
@@ -54,6 +54,16 @@ oxMeshTriangles MeshTriangles(const OxDAEReader::oxDAEGeometry& geometry) {
     return NamedChannel(g, "TEXCOORD_0") != SIZE_MAX;
   });
   const bool colors = has(Kind::Color);
+  // Room for every vertex up front: grown a vertex at a time, the arrays of
+  // a large mesh would be copied and faulted in again at each doubling.
+  size_t vertices = 0;
+  for (const oxMeshGroup& group : groups)
+    vertices += group.vertices.size();
+  mesh.positions.reserve(vertices);
+  if (normals) mesh.normals.reserve(vertices);
+  if (texcoords) mesh.texcoords.reserve(vertices);
+  if (colors) mesh.colors.reserve(vertices);
+  mesh.positionRecords.reserve(vertices);
   std::map<std::pair<std::string, bool>, size_t> parts;
   for (const oxMeshGroup& group : groups) {
     const size_t first = mesh.positions.size();
@@ -68,9 +78,11 @@ oxMeshTriangles MeshTriangles(const OxDAEReader::oxDAEGeometry& geometry) {
     const bool lines = group.mode == 1;
     const auto [at, added] = parts.try_emplace({group.symbol, lines}, mesh.parts.size());
     if (added) mesh.parts.push_back({group.symbol, lines, {}});
-    std::vector<uint32_t>& indices = mesh.parts[at->second].indices;
-    for (const uint32_t index : group.indices)
-      indices.push_back(static_cast<uint32_t>(first + index));
+    OxKernel::oxArray<uint32_t>& indices = mesh.parts[at->second].indices;
+    const size_t from = indices.size();
+    indices.resize(from + group.indices.size());
+    for (size_t i = 0; i < group.indices.size(); ++i)
+      indices[from + i] = static_cast<uint32_t>(first + group.indices[i]);
   }
   return mesh;
 }

@@ -61,7 +61,7 @@ size_t oxGltfBuilder::AddBufferView(const void* bytes, size_t size, int target) 
   return Add("bufferViews", std::move(view));
 }
 
-size_t oxGltfBuilder::AddFloats(const std::vector<float>& values, const char* type, int target,
+size_t oxGltfBuilder::AddFloats(std::span<const float> values, const char* type, int target,
                                 bool bounds) {
   const size_t n = Components(type);
   const size_t view = AddBufferView(values.data(), values.size() * sizeof(float), target);
@@ -72,9 +72,11 @@ size_t oxGltfBuilder::AddFloats(const std::vector<float>& values, const char* ty
   if (bounds) {
     std::vector<float> low(n, std::numeric_limits<float>::max());
     std::vector<float> high(n, std::numeric_limits<float>::lowest());
-    for (size_t i = 0; i < values.size(); ++i) {
-      low[i % n] = std::min(low[i % n], values[i]);
-      high[i % n] = std::max(high[i % n], values[i]);
+    for (size_t i = 0; i + n <= values.size(); i += n) {
+      for (size_t j = 0; j < n; ++j) {
+        low[j] = std::min(low[j], values[i + j]);
+        high[j] = std::max(high[j], values[i + j]);
+      }
     }
     accessor["min"] = low;
     accessor["max"] = high;
@@ -82,7 +84,7 @@ size_t oxGltfBuilder::AddFloats(const std::vector<float>& values, const char* ty
   return Add("accessors", std::move(accessor));
 }
 
-size_t oxGltfBuilder::AddJoints(const std::vector<uint16_t>& joints) {
+size_t oxGltfBuilder::AddJoints(std::span<const uint16_t> joints) {
   const size_t view =
       AddBufferView(joints.data(), joints.size() * sizeof(uint16_t), kGltfArrayBuffer);
   return Add("accessors", {{"bufferView", view},
@@ -91,7 +93,7 @@ size_t oxGltfBuilder::AddJoints(const std::vector<uint16_t>& joints) {
                            {"type", "VEC4"}});
 }
 
-size_t oxGltfBuilder::AddIndices(const std::vector<uint32_t>& indices) {
+size_t oxGltfBuilder::AddIndices(std::span<const uint32_t> indices) {
   const size_t view =
       AddBufferView(indices.data(), indices.size() * sizeof(uint32_t), kGltfElementArrayBuffer);
   return Add("accessors", {{"bufferView", view},

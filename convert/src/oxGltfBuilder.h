@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <map>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -40,12 +41,12 @@ class oxGltfBuilder {
   // An accessor of the floats `values` as elements of `type` ("SCALAR",
   // "VEC3", ...) in a buffer view with `target` (0 for none), with min and
   // max when `bounds`; returns its index.
-  size_t AddFloats(const std::vector<float>& values, const char* type, int target, bool bounds);
+  size_t AddFloats(std::span<const float> values, const char* type, int target, bool bounds);
   // A vertex accessor of joint numbers, four per vertex (unsigned shorts);
   // returns its index.
-  size_t AddJoints(const std::vector<uint16_t>& joints);
+  size_t AddJoints(std::span<const uint16_t> joints);
   // An index accessor (unsigned ints); returns its index.
-  size_t AddIndices(const std::vector<uint32_t>& indices);
+  size_t AddIndices(std::span<const uint32_t> indices);
   // An image embedded in the buffer with its MIME type; returns the image's
   // index.
   size_t AddEmbeddedImage(const std::string& bytes, const std::string& mimeType);

@@ -26,14 +26,35 @@ inline size_t RecordCount(const OxDAEReader::oxDAEAccessor* accessor) {
   return held > accessor->offset ? std::min<size_t>(accessor->count, held - accessor->offset) : 0;
 }
 
-// Float j of record i: position (offset + i) * stride + j of the float
-// array, 0 outside it.
+// The records of one accessor, with what a lookup needs taken once: for
+// loops over many records. Float j of record i is the float at position
+// (offset + i) * stride + j of the array, 0 outside it.
+class oxRecords {
+ public:
+  explicit oxRecords(const OxDAEReader::oxDAEAccessor* accessor)
+      : m_stride(RecordStride(accessor)) {
+    if (!HasRecords(accessor)) return;
+    m_floats = accessor->source->floats.data();
+    m_size = accessor->source->floats.size();
+    m_first = static_cast<size_t>(accessor->offset) * m_stride;
+  }
+
+  double operator()(size_t record, unsigned int j) const {
+    const size_t at = m_first + record * m_stride + j;
+    return at < m_size ? m_floats[at] : 0.0;
+  }
+
+ private:
+  const float* m_floats = nullptr;
+  size_t m_size = 0;
+  size_t m_stride;
+  size_t m_first = 0;
+};
+
+// Float j of record i (see oxRecords).
 inline double RecordFloat(const OxDAEReader::oxDAEAccessor* accessor, size_t record,
                           unsigned int j) {
-  if (!HasRecords(accessor)) return 0.0;
-  const auto& floats = accessor->source->floats;
-  const size_t at = (accessor->offset + record) * RecordStride(accessor) + j;
-  return at < floats.size() ? floats[at] : 0.0;
+  return oxRecords(accessor)(record, j);
 }
 
 }  // namespace OxDAEConvert

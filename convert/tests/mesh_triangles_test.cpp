@@ -44,15 +44,15 @@ TEST_XML(MeshTrianglesTest, QuadPolygonIsTwoTrianglesOverItsFourCorners,
            <input semantic="VERTEX" source="#v" offset="0"/><p>0 1 2 3</p></polygons>)")) {
   const oxMeshTriangles mesh = Mesh();
   // The first ear clipped is the one at the first corner: (3, 0, 1).
-  EXPECT_EQ(mesh.positions, (std::vector<Float3>{{0, 1, 0}, {0, 0, 0}, {1, 0, 0}, {1, 1, 0}}));
-  EXPECT_EQ(mesh.positionRecords, (std::vector<uint32_t>{3, 0, 1, 2}));
+  EXPECT_EQ(mesh.positions, (OxKernel::oxArray<Float3>{{0, 1, 0}, {0, 0, 0}, {1, 0, 0}, {1, 1, 0}}));
+  EXPECT_EQ(mesh.positionRecords, (OxKernel::oxArray<uint32_t>{3, 0, 1, 2}));
   EXPECT_TRUE(mesh.normals.empty());
   EXPECT_TRUE(mesh.texcoords.empty());
   EXPECT_TRUE(mesh.colors.empty());
   ASSERT_EQ(mesh.parts.size(), 1u);
   EXPECT_EQ(mesh.parts[0].symbol, "red");
   EXPECT_FALSE(mesh.parts[0].lines);
-  EXPECT_EQ(mesh.parts[0].indices, (std::vector<uint32_t>{0, 1, 2, 2, 3, 0}));
+  EXPECT_EQ(mesh.parts[0].indices, (OxKernel::oxArray<uint32_t>{0, 1, 2, 2, 3, 0}));
 }
 
 TEST_XML(MeshTrianglesTest, EachIndexTupleIsOneVertexWithTheValuesItReads,
@@ -61,11 +61,11 @@ TEST_XML(MeshTrianglesTest, EachIndexTupleIsOneVertexWithTheValuesItReads,
            <input semantic="TEXCOORD" source="#t" offset="1" set="0"/>
            <p>0 0 1 1 2 1 0 0 2 1 3 0</p></triangles>)")) {
   const oxMeshTriangles mesh = Mesh();
-  EXPECT_EQ(mesh.positions, (std::vector<Float3>{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}}));
+  EXPECT_EQ(mesh.positions, (OxKernel::oxArray<Float3>{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}}));
   EXPECT_EQ(mesh.texcoords,
-            (std::vector<Float2>{{0.25f, 0.5f}, {0.75f, 1}, {0.75f, 1}, {0.25f, 0.5f}}));
+            (OxKernel::oxArray<Float2>{{0.25f, 0.5f}, {0.75f, 1}, {0.75f, 1}, {0.25f, 0.5f}}));
   ASSERT_EQ(mesh.parts.size(), 1u);
-  EXPECT_EQ(mesh.parts[0].indices, (std::vector<uint32_t>{0, 1, 2, 0, 2, 3}));
+  EXPECT_EQ(mesh.parts[0].indices, (OxKernel::oxArray<uint32_t>{0, 1, 2, 0, 2, 3}));
 }
 
 TEST_XML(MeshTrianglesTest, PartsAreBySymbolAndKindAndShareOneVertexList,
@@ -79,12 +79,12 @@ TEST_XML(MeshTrianglesTest, PartsAreBySymbolAndKindAndShareOneVertexList,
   ASSERT_EQ(mesh.parts.size(), 3u);
   EXPECT_EQ(mesh.parts[0].symbol, "a");
   EXPECT_FALSE(mesh.parts[0].lines);
-  EXPECT_EQ(mesh.parts[0].indices, (std::vector<uint32_t>{0, 1, 2}));
+  EXPECT_EQ(mesh.parts[0].indices, (OxKernel::oxArray<uint32_t>{0, 1, 2}));
   EXPECT_TRUE(mesh.parts[1].lines);
-  EXPECT_EQ(mesh.parts[1].indices, (std::vector<uint32_t>{3, 4}));
+  EXPECT_EQ(mesh.parts[1].indices, (OxKernel::oxArray<uint32_t>{3, 4}));
   EXPECT_EQ(mesh.parts[2].symbol, "b");
-  EXPECT_EQ(mesh.parts[2].indices, (std::vector<uint32_t>{5, 5, 5}));
-  EXPECT_EQ(mesh.positionRecords, (std::vector<uint32_t>{0, 1, 2, 2, 3, 0}));
+  EXPECT_EQ(mesh.parts[2].indices, (OxKernel::oxArray<uint32_t>{5, 5, 5}));
+  EXPECT_EQ(mesh.positionRecords, (OxKernel::oxArray<uint32_t>{0, 1, 2, 2, 3, 0}));
   // Only the last part reads a colour: the others read zeros, alpha 1.
   using Float4 = std::array<float, 4>;
   ASSERT_EQ(mesh.colors.size(), 6u);

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <future>
+#include <system_error>
 
 #include <oxKernel/oxLog.h>
 
@@ -23,22 +25,27 @@ struct GLModule {
   DrawFn draw = nullptr;
 };
 
-// Loads the module once per process: from the lib folder beside the
-// program's bin folder, where the build and an installation put it, else
-// wherever the dynamic loader finds it. It stays loaded until the process
+// Opens the module: from the lib folder beside the program's bin folder,
+// where the build and an installation put it, else wherever the dynamic
+// loader finds it. Null when it cannot be opened; dlerror() says why. It
+// logs nothing, so that Prepare's thread may call it.
+void* OpenGLModule() {
+  std::error_code ec;
+  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", ec);
+  if (!ec) {
+    const std::filesystem::path beside =
+        program.parent_path().parent_path() / "lib" / OX_RENDER_GL_MODULE;
+    if (void* handle = dlopen(beside.c_str(), RTLD_NOW | RTLD_LOCAL)) return handle;
+  }
+  return dlopen(OX_RENDER_GL_MODULE, RTLD_NOW | RTLD_LOCAL);
+}
+
+// Loads the module once per process. It stays loaded until the process
 // ends (Mesa does not support being unloaded). Failing is logged once.
 const GLModule& LoadGLModule() {
   static const GLModule module = [] {
     GLModule loaded;
-    std::error_code ec;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", ec);
-    void* handle = nullptr;
-    if (!ec) {
-      const std::filesystem::path beside =
-          program.parent_path().parent_path() / "lib" / OX_RENDER_GL_MODULE;
-      handle = dlopen(beside.c_str(), RTLD_NOW | RTLD_LOCAL);
-    }
-    if (!handle) handle = dlopen(OX_RENDER_GL_MODULE, RTLD_NOW | RTLD_LOCAL);
+    void* handle = OpenGLModule();
     if (!handle) {
       OX_LOG(OxKernel::kLogError,
              OxKernel::oxConcat("cannot load the drawing module: ", dlerror()));
@@ -71,6 +78,18 @@ oxOffscreenRenderer::oxOffscreenRenderer(int width, int height)
 
 oxOffscreenRenderer::~oxOffscreenRenderer() {
   if (m_context->handle) LoadGLModule().destroy(m_context->handle);
+}
+
+void oxOffscreenRenderer::Prepare() {
+  // The handle is never closed, as LoadGLModule's is not; the future waits
+  // for the thread at exit if the process ends before it does.
+  static const std::future<void> started = []() -> std::future<void> {
+    try {
+      return std::async(std::launch::async, [] { OpenGLModule(); });
+    } catch (const std::system_error&) {
+      return {};  // no thread to be had: the first renderer opens it
+    }
+  }();
 }
 
 bool oxOffscreenRenderer::IsValid() const {

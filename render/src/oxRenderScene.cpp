@@ -5,12 +5,14 @@
 #include <oxDAEConvert/oxDAEPose.h>
 #include <oxDAEConvert/oxDAEReferencedFile.h>
 #include <oxDAEConvert/oxDAESkinning.h>
+#include <oxDAEConvert/oxParallel.h>
 #include <oxDAEReadWrite/oxDAEReadWrite.h>
 #include <oxKernel/oxLog.h>
 
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <optional>
 #include <unordered_map>
 
 #include "oxDAERender/oxRenderPicture.h"
@@ -277,9 +279,9 @@ Vec3 ReadVec3(const oxDAEAccessor& accessor, uint32_t record) {
 }
 
 // Normals made from the triangles around each vertex, weighted by area.
-std::vector<float> MadeNormals(const std::vector<float>& positions,
-                               const std::vector<oxMeshTriangles::Part>& parts) {
-  std::vector<float> normals(positions.size(), 0.0f);
+OxKernel::oxArray<float> MadeNormals(const OxKernel::oxArray<float>& positions,
+                                     const std::vector<oxMeshTriangles::Part>& parts) {
+  OxKernel::oxArray<float> normals(positions.size(), 0.0f);
   const auto at = [&positions](uint32_t v) {
     return Vec3{positions[3 * v], positions[3 * v + 1], positions[3 * v + 2]};
   };
@@ -313,6 +315,18 @@ struct SkinPose {
   OxDAEConvert::oxSkinWeights weights;
 };
 
+// A mesh to draw, noted as the walk meets it; its cut and placed vertices
+// are made once the walk is done.
+struct MeshJob {
+  const oxDAEGeometry* geometry = nullptr;
+  const oxDAEBindMaterial* binding = nullptr;
+  oxMatrix44 world;
+  const oxDAEMorph* morph = nullptr;  // null when the mesh is not morphed
+  std::optional<SkinPose> pose;       // none when it is not skinned
+  std::vector<oxMeshTriangles::Part> parts;
+  std::shared_ptr<oxRenderVertices> vertices;  // null when nothing is drawn
+};
+
 class Gatherer {
  public:
   Gatherer(const oxDAEFile& document, const oxRenderSceneOptions& options, oxRenderScene& scene)
@@ -337,6 +351,7 @@ class Gatherer {
     CountUses();
     for (const PlacedNode& placed : m_placed)
       GatherNode(placed);
+    AddMeshes();
     if (!m_options.camera.empty() && !m_scene.camera) {
       OX_LOG(OxKernel::kLogError,
              "no camera with id '" + m_options.camera + "' in the visual scene");
@@ -358,7 +373,7 @@ class Gatherer {
     for (const oxDAEInstance* instance : placed.node->instances) {
       if (const auto* geometry = oxDAEInstanceGeometry::DynamicCast(instance)) {
         if (const auto* target = oxDAEGeometry::DynamicCast(geometry->target))
-          AddMesh(*target, geometry->bindMaterial, placed.world, nullptr, nullptr);
+          AddMesh(*target, geometry->bindMaterial, placed.world, nullptr, std::nullopt);
       } else if (const auto* controller = oxDAEInstanceController::DynamicCast(instance)) {
         AddController(*controller, placed.world);
       } else if (instance->kind == EToken::CAMERA) {
@@ -431,7 +446,8 @@ class Gatherer {
     const oxDAEMorph* morph = skin ? skin->sourceMorph : controller->morph;
     SkinPose pose;
     const bool skinned = skin && PoseOf(*skin, instance, controller->id.View(), pose);
-    AddMesh(*geometry, instance.bindMaterial, world, morph, skinned ? &pose : nullptr);
+    AddMesh(*geometry, instance.bindMaterial, world, morph,
+            skinned ? std::optional<SkinPose>(std::move(pose)) : std::nullopt);
   }
 
   // The pose of `skin` at the time; false, after a warning, when a joint is
@@ -539,36 +555,59 @@ class Gatherer {
       vertices->normals.insert(vertices->normals.end(), n.begin(), n.end());
     }
     if (!hasNormals) vertices->normals = MadeNormals(vertices->positions, mesh.parts);
+    vertices->texcoords.reserve(mesh.texcoords.size() * 2);
     for (const auto& texcoord : mesh.texcoords)
       vertices->texcoords.insert(vertices->texcoords.end(), texcoord.begin(), texcoord.end());
     return vertices;
   }
 
+  // Notes a mesh to draw; AddMeshes cuts and places it.
   void AddMesh(const oxDAEGeometry& geometry, const oxDAEBindMaterial* binding,
-               const oxMatrix44& world, const oxDAEMorph* morph, const SkinPose* pose) {
-    oxMeshTriangles mesh = MeshOf(geometry);
-    if (mesh.positions.empty() || mesh.parts.empty()) return;
-    if (morph) ApplyMorph(*morph, mesh);
-    const std::shared_ptr<const oxRenderVertices> vertices = Place(mesh, world, pose);
-    bool drawn = false;
-    for (auto& part : mesh.parts) {
-      if (part.indices.empty()) continue;
-      drawn = true;
-      m_scene.batches.push_back(
-          {vertices, std::move(part.indices), part.lines, MaterialFor(binding, part.symbol)});
+               const oxMatrix44& world, const oxDAEMorph* morph, std::optional<SkinPose> pose) {
+    m_jobs.push_back({&geometry, binding, world, morph, std::move(pose), {}, nullptr});
+  }
+
+  // Cuts and places every noted mesh, the meshes side by side on the
+  // machine's cores (that work reads the document only and logs nothing),
+  // then adds their batches in the order the walk met them, which keeps the
+  // batches, the materials and the messages about them in that order.
+  void AddMeshes() {
+    for (const auto& [geometry, uses] : m_uses) {
+      if (uses > 1) m_meshes.try_emplace(geometry);
     }
-    if (drawn) Grow(vertices->positions);
+    std::vector<std::pair<const oxDAEGeometry* const, oxMeshTriangles>*> shared;
+    for (auto& entry : m_meshes)
+      shared.push_back(&entry);
+    OxDAEConvert::ParallelFor(shared.size(), [&](size_t i) {
+      shared[i]->second = OxDAEConvert::MeshTriangles(*shared[i]->first);
+    });
+    OxDAEConvert::ParallelFor(m_jobs.size(), [&](size_t i) { CutAndPlace(m_jobs[i]); });
+    for (MeshJob& job : m_jobs) {
+      if (!job.vertices) continue;
+      bool drawn = false;
+      for (auto& part : job.parts) {
+        if (part.indices.empty()) continue;
+        drawn = true;
+        m_scene.batches.push_back({job.vertices, std::move(part.indices), part.lines,
+                                   MaterialFor(job.binding, part.symbol)});
+      }
+      if (drawn) Grow(job.vertices->positions);
+    }
   }
 
-  // The drawable mesh of `geometry`, cut once however often it is drawn.
-  oxMeshTriangles MeshOf(const oxDAEGeometry& geometry) {
-    if (m_uses[&geometry] < 2) return OxDAEConvert::MeshTriangles(geometry);
-    const auto [found, added] = m_meshes.try_emplace(&geometry);
-    if (added) found->second = OxDAEConvert::MeshTriangles(geometry);
-    return found->second;
+  // The job's mesh, morphed, and its vertices placed; of the mesh only its
+  // parts are kept, the rest being in the placed vertices.
+  void CutAndPlace(MeshJob& job) const {
+    const auto shared = m_meshes.find(job.geometry);
+    oxMeshTriangles mesh =
+        shared != m_meshes.end() ? shared->second : OxDAEConvert::MeshTriangles(*job.geometry);
+    if (mesh.positions.empty() || mesh.parts.empty()) return;
+    if (job.morph) ApplyMorph(*job.morph, mesh);
+    job.vertices = Place(mesh, job.world, job.pose ? &*job.pose : nullptr);
+    job.parts = std::move(mesh.parts);
   }
 
-  void Grow(const std::vector<float>& positions) {
+  void Grow(const OxKernel::oxArray<float>& positions) {
     for (size_t v = 0; v + 2 < positions.size(); v += 3) {
       for (int k = 0; k < 3; ++k) {
         const float value = positions[v + k];
@@ -651,7 +690,9 @@ class Gatherer {
   std::unordered_map<const oxDAENode*, oxMatrix44> m_worlds;
   std::map<const oxDAEMaterial*, size_t> m_materials;
   std::unordered_map<const oxDAEGeometry*, size_t> m_uses;
+  // The meshes of the geometries drawn more than once, cut once.
   std::unordered_map<const oxDAEGeometry*, oxMeshTriangles> m_meshes;
+  std::vector<MeshJob> m_jobs;
   std::map<std::string, std::shared_ptr<const oxRenderImage>> m_pictures;
 };
 

@@ -11,30 +11,33 @@
 #include <vector>
 
 #include <oxDAEReadWrite/oxDAEElements_Main_Geometry.h>
+#include <oxKernel/oxContainers.h>
 
 namespace OxDAEConvert {
 
-// The drawable form of one mesh. Every vector of per-vertex values has one
+// The drawable form of one mesh. Every array of per-vertex values has one
 // entry per vertex, or none when no primitive of the mesh has that input.
 // A vertex reads zeros where its primitive lacks an input the others have.
+// The arrays are the host's (large blocks in large pages): a big mesh's
+// would otherwise cost a page fault per 4 kB.
 struct oxMeshTriangles {
   // The triangles (three indices each) or line segments (two each) of the
   // primitives of one material symbol and one kind, in document order.
   struct Part {
     std::string symbol;  // the primitives' "material", empty when none
     bool lines = false;  // line segments rather than triangles
-    std::vector<uint32_t> indices;
+    OxKernel::oxArray<uint32_t> indices;
   };
 
-  std::vector<std::array<float, 3>> positions;
-  std::vector<std::array<float, 3>> normals;  // as the document gives them
+  OxKernel::oxArray<std::array<float, 3>> positions;
+  OxKernel::oxArray<std::array<float, 3>> normals;  // as the document gives them
   // The lowest TEXCOORD set, as the document gives it (origin at the
   // picture's bottom left).
-  std::vector<std::array<float, 2>> texcoords;
-  std::vector<std::array<float, 4>> colors;  // COLOR, alpha 1 when RGB
+  OxKernel::oxArray<std::array<float, 2>> texcoords;
+  OxKernel::oxArray<std::array<float, 4>> colors;  // COLOR, alpha 1 when RGB
   // The POSITION record each vertex reads: skin influences and morph
   // targets are given per record.
-  std::vector<uint32_t> positionRecords;
+  OxKernel::oxArray<uint32_t> positionRecords;
   std::vector<Part> parts;
 };
 

@@ -30,6 +30,14 @@ class oxOffscreenRenderer {
 
   bool IsValid() const;
 
+  // Starts mapping the drawing module (OSMesa and the LLVM it brings, tens
+  // of milliseconds of dynamic linking) on a thread of its own and returns
+  // at once, so that a caller can load its document meanwhile; the first
+  // renderer made afterwards finds it mapped. Calling it again does
+  // nothing. It reports nothing: a module that cannot be loaded is reported
+  // when a renderer is made.
+  static void Prepare();
+
   // Draws `scene` seen through `view` on the background colour.
   //
   // One directional white light shines from the viewer's side (fixed in

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include <oxDAEReadWrite/oxDAEReadWrite_File.h>
+#include <oxKernel/oxContainers.h>
 #include <oxMath/oxMatrix44.h>
 
 namespace OxDAERender {
@@ -46,16 +47,17 @@ struct oxRenderMaterial {
 };
 
 // The vertices of one placed mesh in world space, shared by its batches.
+// In the host's arrays, as the meshes they come from.
 struct oxRenderVertices {
-  std::vector<float> positions;  // x y z per vertex
-  std::vector<float> normals;    // unit x y z per vertex
-  std::vector<float> texcoords;  // s t per vertex; empty when the mesh has none
+  OxKernel::oxArray<float> positions;  // x y z per vertex
+  OxKernel::oxArray<float> normals;    // unit x y z per vertex
+  OxKernel::oxArray<float> texcoords;  // s t per vertex; empty when the mesh has none
 };
 
 // Triangles or line segments of one material over shared vertices.
 struct oxRenderBatch {
   std::shared_ptr<const oxRenderVertices> vertices;  // never null once gathered
-  std::vector<uint32_t> indices;                     // three per triangle, two per segment
+  OxKernel::oxArray<uint32_t> indices;               // three per triangle, two per segment
   bool lines = false;
   size_t material = 0;  // index into oxRenderScene::materials (0: the default)
 };

@@ -15,6 +15,7 @@
 // made or OUT cannot be written; 2 for bad usage (neither FILE nor
 // --sheet, or both; --sheet with --camera, --scene, --wireframe or --y-up;
 // OUT not ending in .png; a size that is not WxH within 1..8192).
+#include <oxDAERender/oxOffscreenRenderer.h>
 #include <oxDAERender/oxRender.h>
 
 #include <charconv>
@@ -74,6 +75,8 @@ int RunRender(const RenderOptions& options) {
   int height = 512;
   if (!options.sheet.empty() && options.size.empty()) width = height = 128;
   if (!options.size.empty()) ParseSize(options.size, width, height);
+  // The drawing module is mapped while the document loads.
+  OxDAERender::oxOffscreenRenderer::Prepare();
   if (!options.sheet.empty()) return RunSheet(options, width, height);
   LogCounter log;
   OxDAEReader::oxDAEFile document;
