@@ -6,8 +6,8 @@
 
 #include <oxKernel/oxLog.h>
 
+#include <oxKernel/oxParallel.h>
 #include "oxDAEMeshGroups.h"
-#include <oxDAEConvert/oxParallel.h>
 #include "oxRecords.h"
 
 namespace OxDAEConvert {
@@ -239,7 +239,7 @@ struct GroupValues {
 std::vector<GroupValues> AttributeValues(const std::vector<oxMeshGroup>& groups,
                                          const oxGltfSkinning* skinning) {
   std::vector<GroupValues> values(groups.size());
-  ParallelFor(groups.size(), [&](size_t g) {
+  OxKernel::oxParallelFor(groups.size(), [&](size_t g) {
     const oxMeshGroup& group = groups[g];
     GroupValues& out = values[g];
     size_t total = 0;

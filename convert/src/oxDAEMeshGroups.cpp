@@ -4,7 +4,7 @@
 #include <map>
 #include <tuple>
 
-#include <oxDAEConvert/oxParallel.h>
+#include <oxKernel/oxParallel.h>
 #include "oxRecords.h"
 
 namespace OxDAEConvert {
@@ -375,7 +375,7 @@ std::vector<oxMeshGroup> GroupPrimitives(const oxDAEMesh& mesh, std::set<std::st
     }
     members[it->second].push_back(std::move(member));
   }
-  ParallelFor(groups.size(), [&](size_t g) { FillGroup(members[g], groups[g]); });
+  OxKernel::oxParallelFor(groups.size(), [&](size_t g) { FillGroup(members[g], groups[g]); });
   return groups;
 }
 

@@ -5,9 +5,9 @@
 #include <oxDAEConvert/oxDAEPose.h>
 #include <oxDAEConvert/oxDAEReferencedFile.h>
 #include <oxDAEConvert/oxDAESkinning.h>
-#include <oxDAEConvert/oxParallel.h>
 #include <oxDAEReadWrite/oxDAEReadWrite.h>
 #include <oxKernel/oxLog.h>
+#include <oxKernel/oxParallel.h>
 
 #include <algorithm>
 #include <cmath>
@@ -578,10 +578,10 @@ class Gatherer {
     std::vector<std::pair<const oxDAEGeometry* const, oxMeshTriangles>*> shared;
     for (auto& entry : m_meshes)
       shared.push_back(&entry);
-    OxDAEConvert::ParallelFor(shared.size(), [&](size_t i) {
+    OxKernel::oxParallelFor(shared.size(), [&](size_t i) {
       shared[i]->second = OxDAEConvert::MeshTriangles(*shared[i]->first);
     });
-    OxDAEConvert::ParallelFor(m_jobs.size(), [&](size_t i) { CutAndPlace(m_jobs[i]); });
+    OxKernel::oxParallelFor(m_jobs.size(), [&](size_t i) { CutAndPlace(m_jobs[i]); });
     for (MeshJob& job : m_jobs) {
       if (!job.vertices) continue;
       bool drawn = false;

@@ -87,7 +87,10 @@ class oxDAEFile {
   // `progress` hears the number of child elements written over the number
   // of elements in the document (a rough measure: not every element is
   // written as a child), then 1 when the file is written; a save that
-  // returns non-zero never reports 1.
+  // returns non-zero never reports 1. A number list of 65,536 values or more
+  // is turned into text on as many threads as the machine has cores (the
+  // calling thread among them), each a piece of the list; the text is the
+  // same as on one thread.
   int Save(const OxKernel::oxURI& uri, OxKernel::oxProgress* progress = nullptr);
   // Writes the document into `xml` instead of a file; same results as Save.
   // Save and SaveToString always write a plain document, also for one read

@@ -1,6 +1,6 @@
 // Work shared among the machine's cores, for large, independent pieces: the
-// groups of a mesh in the converter, the placed meshes of a scene in the
-// renderer.
+// long number lists of a document being written, and for the host's tools
+// the groups of a mesh being converted or the meshes of a scene being drawn.
 #pragma once
 
 #include <algorithm>
@@ -11,7 +11,7 @@
 #include <thread>
 #include <vector>
 
-namespace OxDAEConvert {
+namespace OxKernel {
 
 // Runs `work(i)` for every i below `count`, on up to as many threads as the
 // machine has cores, the calling thread among them, and returns when all are
@@ -20,7 +20,7 @@ namespace OxDAEConvert {
 // after every thread has stopped. When no thread can be started, the
 // calling thread does all the work.
 template <typename Work>
-void ParallelFor(size_t count, Work&& work) {
+void oxParallelFor(size_t count, Work&& work) {
   std::atomic<size_t> next{0};
   const auto run = [&] {
     for (size_t i = next++; i < count; i = next++)
@@ -40,4 +40,4 @@ void ParallelFor(size_t count, Work&& work) {
     helper.get();
 }
 
-}  // namespace OxDAEConvert
+}  // namespace OxKernel
