@@ -622,3 +622,23 @@ TEST(HostXMLWriter, MemoryWriterIsAlwaysReady) {
   EXPECT_EQ(writer->Close(), 0);
   EXPECT_EQ(writer->GetBuffer(), std::string(kDeclaration) + "\n");
 }
+
+// Long lists are written in pieces side by side; the text is one list all
+// the same: one blank between values, none at the seams' ends.
+TEST(HostXMLWriter, LongIntListIsOneTextWhateverItsPieces) {
+  std::vector<int32_t> values(200'003);
+  std::string expected;
+  for (size_t i = 0; i < values.size(); ++i) {
+    values[i] = static_cast<int32_t>(i * 7) - 100'000;
+    if (i) expected += ' ';
+    expected += std::to_string(values[i]);
+  }
+  auto writer = MemoryWriter();
+  ASSERT_TRUE(writer);
+  Element(*writer, "p");
+  writer->GetTextWriter()->WriteInts(values.data(), static_cast<unsigned int>(values.size()));
+  writer->EndElement();
+  const std::string body = Body(*writer);
+  const size_t open = body.find("<p>") + 3;
+  EXPECT_EQ(body.substr(open, body.find("</p>") - open), expected);
+}

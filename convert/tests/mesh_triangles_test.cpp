@@ -44,7 +44,8 @@ TEST_XML(MeshTrianglesTest, QuadPolygonIsTwoTrianglesOverItsFourCorners,
            <input semantic="VERTEX" source="#v" offset="0"/><p>0 1 2 3</p></polygons>)")) {
   const oxMeshTriangles mesh = Mesh();
   // The first ear clipped is the one at the first corner: (3, 0, 1).
-  EXPECT_EQ(mesh.positions, (OxKernel::oxArray<Float3>{{0, 1, 0}, {0, 0, 0}, {1, 0, 0}, {1, 1, 0}}));
+  EXPECT_EQ(mesh.positions,
+            (OxKernel::oxArray<Float3>{{0, 1, 0}, {0, 0, 0}, {1, 0, 0}, {1, 1, 0}}));
   EXPECT_EQ(mesh.positionRecords, (OxKernel::oxArray<uint32_t>{3, 0, 1, 2}));
   EXPECT_TRUE(mesh.normals.empty());
   EXPECT_TRUE(mesh.texcoords.empty());
@@ -61,7 +62,8 @@ TEST_XML(MeshTrianglesTest, EachIndexTupleIsOneVertexWithTheValuesItReads,
            <input semantic="TEXCOORD" source="#t" offset="1" set="0"/>
            <p>0 0 1 1 2 1 0 0 2 1 3 0</p></triangles>)")) {
   const oxMeshTriangles mesh = Mesh();
-  EXPECT_EQ(mesh.positions, (OxKernel::oxArray<Float3>{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}}));
+  EXPECT_EQ(mesh.positions,
+            (OxKernel::oxArray<Float3>{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}}));
   EXPECT_EQ(mesh.texcoords,
             (OxKernel::oxArray<Float2>{{0.25f, 0.5f}, {0.75f, 1}, {0.75f, 1}, {0.25f, 0.5f}}));
   ASSERT_EQ(mesh.parts.size(), 1u);
@@ -106,4 +108,17 @@ TEST_XML(MeshTrianglesTest, GeometryWithoutAMeshIsEmpty,
   const oxMeshTriangles mesh = Mesh();
   EXPECT_TRUE(mesh.positions.empty());
   EXPECT_TRUE(mesh.parts.empty());
+}
+
+// A count far beyond the list ends the counts there: what comes before it is
+// cut, and room is reserved for what the list holds, not for what the count
+// claims (two thousand million corners would not fit in memory).
+TEST_XML(MeshTrianglesTest, CountBeyondTheListReservesNothingForIt,
+         SquareDocument(R"(<polylist count="2">
+           <input semantic="VERTEX" source="#v" offset="0"/>
+           <vcount>3 2000000000</vcount><p>0 1 2 3</p></polylist>)")) {
+  const oxMeshTriangles mesh = Mesh();
+  ASSERT_EQ(mesh.parts.size(), 1u);
+  EXPECT_EQ(mesh.parts[0].indices, (OxKernel::oxArray<uint32_t>{0, 1, 2}));
+  EXPECT_EQ(mesh.positionRecords, (OxKernel::oxArray<uint32_t>{0, 1, 2}));
 }
