@@ -191,6 +191,20 @@ int ModeOf(const oxDAEMeshPrimitive& primitive) {
   return primitive.type == EType::LINES || primitive.type == EType::LINESTRIPS ? 1 : 4;
 }
 
+// Calls `face(first, count)` for each face a polylist's counts give over a
+// list of `tuples` index tuples. A negative count, or one that runs past the
+// list, ends the faces: the cutting and the room reserved for it both read
+// the counts here, so a hostile count costs neither.
+template <typename Face>
+void ForEachPolylistFace(const oxDAEMeshPrimitive& primitive, size_t tuples, Face&& face) {
+  size_t first = 0;
+  for (const int32_t count : primitive.vcount) {
+    if (count < 0 || first + static_cast<size_t>(count) > tuples) return;
+    face(first, static_cast<size_t>(count));
+    first += static_cast<size_t>(count);
+  }
+}
+
 // How many corners ForEachCorner gives for `primitive`, to reserve room
 // before they come.
 size_t CornerCount(const oxDAEMeshPrimitive& primitive, uint32_t width) {
@@ -213,17 +227,9 @@ size_t CornerCount(const oxDAEMeshPrimitive& primitive, uint32_t width) {
       case EType::POLYGONS:
         corners += faces(n);
         break;
-      case EType::POLYLIST: {
-        // The counts are read as ForEachCorner reads them: a count beyond
-        // the list ends them, so that a hostile count reserves nothing.
-        size_t first = 0;
-        for (const int32_t count : primitive.vcount) {
-          if (count < 0 || first + static_cast<size_t>(count) > n) break;
-          corners += faces(static_cast<size_t>(count));
-          first += static_cast<size_t>(count);
-        }
+      case EType::POLYLIST:
+        ForEachPolylistFace(primitive, n, [&](size_t, size_t count) { corners += faces(count); });
         break;
-      }
     }
   }
   return corners;
@@ -290,15 +296,11 @@ void ForEachCorner(const oxDAEMeshPrimitive& primitive, uint32_t width, const Ch
       case EType::POLYGONS:
         if (n >= 3) polygon(list, 0, n);
         break;
-      case EType::POLYLIST: {
-        size_t first = 0;
-        for (const int32_t count : primitive.vcount) {
-          if (count < 0 || first + static_cast<size_t>(count) > n) break;
-          if (count >= 3) polygon(list, first, static_cast<size_t>(count));
-          first += static_cast<size_t>(count);
-        }
+      case EType::POLYLIST:
+        ForEachPolylistFace(primitive, n, [&](size_t first, size_t count) {
+          if (count >= 3) polygon(list, first, count);
+        });
         break;
-      }
     }
   }
 }

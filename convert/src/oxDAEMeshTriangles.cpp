@@ -18,13 +18,13 @@ void AppendChannel(const oxMeshGroup& group, size_t c, size_t before,
                    OxKernel::oxArray<std::array<float, N>>& out) {
   out.resize(before, std::array<float, N>{});
   const unsigned int width = c == SIZE_MAX ? 0 : group.channels[c].width;
+  const oxRecords records(c == SIZE_MAX ? nullptr : group.channels[c].accessor);
   for (size_t i = 0; i < group.vertices.size(); ++i) {
     std::array<float, N> value{};
     if constexpr (N == 4) value[3] = 1.0f;
     const int32_t record = c == SIZE_MAX ? -1 : group.vertices[i][c];
     for (unsigned int j = 0; record >= 0 && j < std::min<unsigned int>(width, N); ++j) {
-      value[j] = static_cast<float>(
-          RecordFloat(group.channels[c].accessor, static_cast<size_t>(record), j));
+      value[j] = static_cast<float>(records(static_cast<size_t>(record), j));
     }
     out.push_back(value);
   }

@@ -215,9 +215,10 @@ constexpr size_t kValuesInParallel = size_t{1} << 16;
 template <class T, class Format>
 void AppendValues(OutputBuffer& out, std::vector<OutputBuffer>& texts, const T* values,
                   size_t count, Format format) {
+  // A run has at least half the threshold: a shorter list makes one run.
   const size_t runs = std::min<size_t>(std::max(1u, std::thread::hardware_concurrency()),
                                        count / (kValuesInParallel / 2));
-  if (count < kValuesInParallel || runs < 2) return AppendRun(out, values, count, true, format);
+  if (runs < 2) return AppendRun(out, values, count, true, format);
   if (texts.size() < runs) texts.resize(runs);
   oxParallelFor(runs, [&](size_t r) {
     const size_t begin = count * r / runs;
