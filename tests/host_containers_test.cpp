@@ -62,6 +62,14 @@ TEST(HostContainers, PrefaultKeepsWhatTheMemoryHolds) {
   oxPrefault(nullptr, 0);  // too small to act on
 }
 
+TEST(HostContainers, AdvisedMemoryKeepsWhatItHolds) {
+  std::string text(5 * kLargePage, 'x');
+  oxAdviseLargePages(text.data(), text.size());
+  EXPECT_EQ(text.find_first_not_of('x'), std::string::npos);
+  oxAdviseLargePages(text.data(), kLargePage / 2);  // no whole large page: nothing to advise
+  EXPECT_EQ(text.find_first_not_of('x'), std::string::npos);
+}
+
 // Offsets and counts past 4 GB: the arithmetic is 64-bit up to the last,
 // 32-bit, step of a parse call.
 TEST(HostSizes, ProgressFractionsOfOffsetsAroundFourGigabytes) {

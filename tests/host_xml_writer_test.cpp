@@ -642,3 +642,55 @@ TEST(HostXMLWriter, LongIntListIsOneTextWhateverItsPieces) {
   const size_t open = body.find("<p>") + 3;
   EXPECT_EQ(body.substr(open, body.find("</p>") - open), expected);
 }
+
+// Long lists leave the memory writer's buffer as pieces of their own, short
+// texts between them stay in it: the document still reads in writing order,
+// through GetBuffer (asked twice) as through TakeBuffer.
+TEST(HostXMLWriter, MemoryWriterKeepsLongListsAndShortTextsInOrder) {
+  std::vector<int32_t> values(300'000);
+  std::string list;
+  for (size_t i = 0; i < values.size(); ++i) {
+    values[i] = static_cast<int32_t>(i);
+    if (i) list += ' ';
+    list += std::to_string(i);
+  }
+  const auto write = [&values](oxXMLWriter& writer) {
+    Element(writer, "r");
+    for (int k = 0; k < 3; ++k) {
+      writer.AddLeafElement("n", std::to_string(k));
+      Element(writer, "p");
+      writer.GetTextWriter()->WriteInts(values.data(), static_cast<unsigned int>(values.size()));
+      writer.EndElement();
+    }
+    return writer.Close();
+  };
+  std::string expected = std::string(kDeclaration) + "\n<r>";
+  for (int k = 0; k < 3; ++k)
+    expected += "\n  <n>" + std::to_string(k) + "</n>\n  <p>" + list + "</p>";
+  expected += "\n</r>\n";
+  auto viewed = MemoryWriter();
+  ASSERT_EQ(write(*viewed), 0);
+  EXPECT_TRUE(viewed->GetBuffer() == expected);
+  EXPECT_TRUE(viewed->GetBuffer() == expected);
+  auto taken = MemoryWriter();
+  ASSERT_EQ(write(*taken), 0);
+  EXPECT_TRUE(taken->TakeBuffer() == expected);
+  EXPECT_EQ(taken->GetBuffer(), "");
+}
+
+TEST(HostXMLWriter, FileWrittenOverALongerOneHoldsOnlyTheNewDocument) {
+  TempFile file(std::string(3 << 20, 'x'));
+  oxRefPtr<oxXMLWriter> writer;
+  ASSERT_EQ(oxXMLFactory::Instance(0).CreateWriter(writer, file.URI(), 0, nullptr), 0);
+  Element(*writer, "a");
+  EXPECT_EQ(writer->Close(), 0);
+  EXPECT_EQ(oxtest::ReadFile(file.Path()), std::string(kDeclaration) + "\n<a/>\n");
+}
+
+// A device has no length to cut: writing to it still succeeds.
+TEST(HostXMLWriter, DeviceIsWrittenWithoutCuttingIt) {
+  oxRefPtr<oxXMLWriter> writer;
+  ASSERT_EQ(oxXMLFactory::Instance(0).CreateWriter(writer, oxURI("/dev/null"), 0, nullptr), 0);
+  Element(*writer, "a");
+  EXPECT_EQ(writer->Close(), 0);
+}

@@ -64,14 +64,19 @@ void* oxAllocateLargeBlock(size_t bytes) {
   return block;
 }
 
-void oxPrefault(void* start, size_t bytes) noexcept {
-  if (bytes < kLargeBlockBytes) return;
+void oxAdviseLargePages(void* start, size_t bytes) noexcept {
   const auto first = reinterpret_cast<uintptr_t>(start);
-  const uintptr_t end = first + bytes;
   const uintptr_t largeFirst = RoundUp(first, kLargePage);
-  const uintptr_t largeEnd = end & ~(kLargePage - 1);
+  const uintptr_t largeEnd = (first + bytes) & ~(kLargePage - 1);
   if (largeEnd > largeFirst)
     madvise(reinterpret_cast<void*>(largeFirst), largeEnd - largeFirst, MADV_HUGEPAGE);
+}
+
+void oxPrefault(void* start, size_t bytes) noexcept {
+  if (bytes < kLargeBlockBytes) return;
+  oxAdviseLargePages(start, bytes);
+  const auto first = reinterpret_cast<uintptr_t>(start);
+  const uintptr_t end = first + bytes;
   const uintptr_t pageFirst = first & ~(kSmallPage - 1);
   madvise(reinterpret_cast<void*>(pageFirst), RoundUp(end, kSmallPage) - pageFirst,
           MADV_POPULATE_WRITE);

@@ -30,6 +30,11 @@ void oxFreeLargeBlock(void* block, size_t bytes) noexcept;
 // Small ranges are left alone; advice the kernel does not take only costs
 // speed.
 void oxPrefault(void* start, size_t bytes) noexcept;
+// Advises the whole large pages of [start, start + bytes) for large pages
+// without faulting anything in: for a block filled piece by piece, each piece
+// faulted in with oxPrefault just before it is written, so that the pages
+// where two pieces meet are large too.
+void oxAdviseLargePages(void* start, size_t bytes) noexcept;
 
 // The allocator of oxArray: the standard allocator, except that large blocks
 // come from oxAllocateLargeBlock, and that growing an array of numbers does
