@@ -9,7 +9,11 @@
 // Sizes are in 10^6 bytes (default 10,50,200,500); each load is timed --runs
 // times (default 3). Peak memory is the growth of the resident set over one
 // load in a fresh process (oxdae_load_bench --peak-child, found beside this
-// program). The documents go to the temporary directory, one at a time.
+// program). The documents go to the temporary directory, one at a time, and
+// are on the disk before they are timed.
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -90,6 +94,16 @@ double PeakBytes(const std::string& input) {
   return ok ? static_cast<double>(peak - before) * 1024.0 : 0.0;
 }
 
+// Writes the document's pages to the disk and waits: the kernel writing back
+// a file just made would otherwise compete with the timed loads for the
+// cores, the more so the more recently the file was written.
+bool SyncToDisk(const std::string& path) {
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return false;
+  const bool synced = fsync(fd) == 0;
+  return close(fd) == 0 && synced;
+}
+
 bool Measure(double megabytes, const Options& options, Row& row) {
   const oxdae_bench::TempFile file(kProgram, ".dae");
   // The skin grows with the document (1,000,000 influences in 50 MB), so
@@ -98,7 +112,7 @@ bool Measure(double megabytes, const Options& options, Row& row) {
   const auto influences = static_cast<uint32_t>(wanted / 50);
   const uint64_t bytes =
       oxdae_bench::WriteDocumentFile({wanted, options.seed, influences}, file.Path());
-  if (bytes == 0) return false;
+  if (bytes == 0 || !SyncToDisk(file.Path())) return false;
   row.megabytes = static_cast<double>(bytes) / 1e6;
   oxdae_bench::Timing load;
   for (int i = 0; i < options.runs; ++i) {

@@ -13,7 +13,7 @@
 namespace OxKernel {
 
 // Blocks of at least this many bytes are mapped on their own and faulted in
-// up front, and from 2 MB on backed by the kernel's large pages: a
+// up front, and from 1 MB on backed by the kernel's large pages: a
 // document's number arrays and its input text are that large, and on virtual
 // machines a page fault per 4 kB costs more than reading the numbers.
 constexpr size_t kLargeBlockBytes = size_t{64} << 10;
