@@ -51,8 +51,11 @@ oxSheetCell Thumbnail(const std::filesystem::path& file, float time, oxOffscreen
   oxRenderScene scene;
   oxRenderSceneOptions options;
   options.time = time;
-  if (GatherScene(document, options, scene) == 0)
-    cell.picture = renderer.Draw(scene, ViewOf(scene, width, height, false));
+  if (GatherScene(document, options, scene) == 0) {
+    const oxRenderView view = ViewOf(scene, width, height, false);
+    DropUnseenTriangles(scene, view, width, height);
+    cell.picture = renderer.Draw(scene, view);
+  }
   if (warnings + errors > 0) {
     problems.push_back(
         OxKernel::oxConcat(cell.label, ": ", warnings, " warning(s), ", errors, " error(s)"));
@@ -72,8 +75,9 @@ int RenderDocument(const OxDAEReader::oxDAEFile& document, const oxRenderOptions
     return kRenderNoContext;
   }
   if (scene.IsEmpty()) OX_LOG(OxKernel::kLogWarning, "the scene has no geometry to draw");
-  picture = renderer.Draw(scene, ViewOf(scene, options.width, options.height, options.yUp),
-                          {options.wireframe});
+  const oxRenderView view = ViewOf(scene, options.width, options.height, options.yUp);
+  if (!options.wireframe) DropUnseenTriangles(scene, view, options.width, options.height);
+  picture = renderer.Draw(scene, view, {options.wireframe});
   return 0;
 }
 

@@ -38,6 +38,16 @@ struct oxRenderView {
 // the document defines its own up, so `yUp` changes nothing then.
 oxRenderView ViewOf(const oxRenderScene& scene, int width, int height, bool yUp);
 
+// Drops from the triangle batches of `scene` every triangle that cannot
+// colour a pixel of a `width` x `height` picture seen through `view`: those
+// wholly beyond one clip plane, and those in front of the eye whose window
+// bounds hold no pixel centre, where the rasteriser samples. The picture
+// stays the same, while a dense mesh seen small sends only a fraction of its
+// triangles to the software renderer. Lines are left alone. Not for a
+// picture that draws triangle edges: the edge of a triangle too small to
+// cover a pixel centre may still colour pixels.
+void DropUnseenTriangles(oxRenderScene& scene, const oxRenderView& view, int width, int height);
+
 // The inverse of `m` (a general 4 x 4 inverse); the identity when `m` is
 // singular.
 oxGLMatrix Inverse(const oxGLMatrix& m);
