@@ -32,6 +32,16 @@ bool ListDocuments(const std::string& folder, std::vector<std::filesystem::path>
   return true;
 }
 
+// Draws `scene` seen as ViewOf frames it for the renderer's picture. What
+// cannot colour a pixel is dropped first, unless triangle edges are drawn:
+// an edge may colour pixels its triangle does not.
+oxPicture DrawScene(oxOffscreenRenderer& renderer, oxRenderScene& scene, int width, int height,
+                    bool yUp, const oxDrawOptions& options) {
+  const oxRenderView view = ViewOf(scene, width, height, yUp);
+  if (!options.wireframe) DropUnseenTriangles(scene, view, width, height);
+  return renderer.Draw(scene, view, options);
+}
+
 // One thumbnail of the sheet; counts the document's log records.
 oxSheetCell Thumbnail(const std::filesystem::path& file, float time, oxOffscreenRenderer& renderer,
                       int width, int height, std::vector<std::string>& problems) {
@@ -51,11 +61,8 @@ oxSheetCell Thumbnail(const std::filesystem::path& file, float time, oxOffscreen
   oxRenderScene scene;
   oxRenderSceneOptions options;
   options.time = time;
-  if (GatherScene(document, options, scene) == 0) {
-    const oxRenderView view = ViewOf(scene, width, height, false);
-    DropUnseenTriangles(scene, view, width, height);
-    cell.picture = renderer.Draw(scene, view);
-  }
+  if (GatherScene(document, options, scene) == 0)
+    cell.picture = DrawScene(renderer, scene, width, height, false, {});
   if (warnings + errors > 0) {
     problems.push_back(
         OxKernel::oxConcat(cell.label, ": ", warnings, " warning(s), ", errors, " error(s)"));
@@ -75,9 +82,8 @@ int RenderDocument(const OxDAEReader::oxDAEFile& document, const oxRenderOptions
     return kRenderNoContext;
   }
   if (scene.IsEmpty()) OX_LOG(OxKernel::kLogWarning, "the scene has no geometry to draw");
-  const oxRenderView view = ViewOf(scene, options.width, options.height, options.yUp);
-  if (!options.wireframe) DropUnseenTriangles(scene, view, options.width, options.height);
-  picture = renderer.Draw(scene, view, {options.wireframe});
+  picture =
+      DrawScene(renderer, scene, options.width, options.height, options.yUp, {options.wireframe});
   return 0;
 }
 

@@ -304,15 +304,15 @@ struct oxXMLWriter::Impl {
     buffer = OutputBuffer();
     buffer.reserve(2 * kFlushSize);
   }
-  // Adds text made outside the buffer. A large piece is not copied: it goes
-  // to the file straight after what is buffered, or joins the pieces as it
-  // is, leaving `text` empty.
+  // Adds text made outside the buffer. A large piece is not copied: once
+  // what is buffered has been flushed, the piece takes the buffer's place
+  // and is flushed as the buffer is (the two trade their memory, which both
+  // keep for later use).
   void Append(OutputBuffer& text) {
     if (text.size() < kFlushSize) return buffer.append(text.view());
     Flush();
-    if (!path.empty()) return Send(text.view());
-    pieces.push_back(std::move(text));
-    text = OutputBuffer();
+    std::swap(buffer, text);
+    Flush();
   }
   template <class T, class Format>
   void WriteNumbers(const T* values, unsigned int count, Format format) {
