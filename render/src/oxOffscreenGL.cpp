@@ -17,11 +17,6 @@ constexpr GLfloat kAmbient[4] = {0.25f, 0.25f, 0.25f, 1.0f};
 constexpr GLfloat kLightDiffuse[4] = {0.75f, 0.75f, 0.75f, 1.0f};
 constexpr GLfloat kEdgeColor[4] = {0.08f, 0.08f, 0.1f, 1.0f};
 
-bool IsBlended(const oxRenderScene& scene, const oxRenderBatch& batch) {
-  const oxRenderMaterial& material = scene.materials[batch.material];
-  return material.opacity < 1.0f || (material.picture && material.picture->translucent);
-}
-
 // The OpenGL textures of the pictures of one scene, made on first use and
 // deleted with the object.
 class TextureCache {
@@ -120,7 +115,7 @@ void DrawElements(const oxRenderBatch& batch) {
 // Draws the batches for which `blended` gives `pass`.
 void DrawPass(const oxRenderScene& scene, bool pass, TextureCache& textures) {
   for (const oxRenderBatch& batch : scene.batches) {
-    if (batch.indices.empty() || IsBlended(scene, batch) != pass) continue;
+    if (batch.indices.empty() || scene.IsBlended(batch) != pass) continue;
     UseMaterial(scene.materials[batch.material], batch, textures);
     DrawElements(batch);
   }

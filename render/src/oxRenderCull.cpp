@@ -1,7 +1,11 @@
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
+#include <optional>
+#include <thread>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include <oxKernel/oxContainers.h>
@@ -18,9 +22,12 @@ namespace {
 struct WindowVertex {
   float x = 0.0f;
   float y = 0.0f;
+  float z = 0.0f;       // window depth, 0 at the near plane and 1 at the far one
   uint8_t outside = 0;  // a bit per clip plane: -x +x -y +y -z +z
   bool placed = false;  // in front of the eye, at a window position a float holds exactly enough
 };
+
+constexpr uint8_t kOutsideDepth = 0x30;  // the -z and +z bits
 
 // Window positions further out than this are left to the rasteriser: a float
 // no longer tells pixel centres apart there.
@@ -62,6 +69,7 @@ WindowVertex Place(const oxGLMatrix& m, const float* p, double width, double hei
   v.placed = std::abs(x) < kFarWindow && std::abs(y) < kFarWindow;
   v.x = static_cast<float>(x);
   v.y = static_cast<float>(y);
+  v.z = static_cast<float>(clip[2] * half + 0.5);
   return v;
 }
 
@@ -87,7 +95,215 @@ bool CanColourAPixel(const WindowVertex& a, const WindowVertex& b, const WindowV
          HoldsPixelCentre(std::min({a.y, b.y, c.y}), std::max({a.y, b.y, c.y}));
 }
 
-void DropFromBatch(oxRenderBatch& batch, const OxKernel::oxArray<WindowVertex>& placed) {
+// Occlusion is known per cell of kCell x kCell pixels: fine enough that the
+// large triangles of a dense model cover whole cells, coarse enough that
+// a 512 x 512 picture has only 4,096 of them.
+constexpr int kCell = 8;
+
+// How much farther than a cell's known depth a triangle must lie to be
+// hidden there: well above a 24-bit depth buffer's step (6e-8) and the
+// rasteriser's float rounding, so that the depth test cannot let it
+// through whatever the drawing order.
+constexpr double kDepthMargin = 1e-5;
+
+// The window depth over a triangle's plane, z0 + dx (x - x0) + dy (y - y0):
+// window depth is affine in window position over a flat triangle, so this
+// is the depth the rasteriser interpolates at any pixel centre.
+struct DepthPlane {
+  double x0 = 0.0;
+  double y0 = 0.0;
+  double z0 = 0.0;
+  double dx = 0.0;
+  double dy = 0.0;
+
+  // The least and the greatest depth over [xl, xh] x [yl, yh].
+  double Least(double xl, double xh, double yl, double yh) const {
+    return z0 + dx * ((dx > 0 ? xl : xh) - x0) + dy * ((dy > 0 ? yl : yh) - y0);
+  }
+  double Most(double xl, double xh, double yl, double yh) const {
+    return z0 + dx * ((dx > 0 ? xh : xl) - x0) + dy * ((dy > 0 ? yh : yl) - y0);
+  }
+};
+
+// The plane of a triangle of at least one square pixel; none for a smaller
+// one, whose slopes rounding could make anything.
+std::optional<DepthPlane> PlaneOf(const WindowVertex& a, const WindowVertex& b,
+                                  const WindowVertex& c) {
+  const double ux = b.x - a.x, uy = b.y - a.y, uz = b.z - a.z;
+  const double vx = c.x - a.x, vy = c.y - a.y, vz = c.z - a.z;
+  const double doubleArea = ux * vy - vx * uy;
+  if (!(std::abs(doubleArea) >= 2.0)) return std::nullopt;
+  return DepthPlane{a.x, a.y, a.z, (uz * vy - vz * uy) / doubleArea,
+                    (ux * vz - vx * uz) / doubleArea};
+}
+
+// A coarse grid over the picture holding, per cell, a depth that every
+// pixel centre of the cell reaches or passes once the opaque triangles are
+// drawn (kNothing while none is known). A triangle that lies farther than
+// that everywhere it could colour a pixel loses the depth test there, so
+// dropping it leaves the picture as it is. The nearest triangle behind a
+// cell's value is never dropped itself: its depth there cannot lie beyond
+// its own farthest.
+class OcclusionGrid {
+ public:
+  OcclusionGrid(int width, int height)
+      : m_width(width),
+        m_height(height),
+        m_columns((width + kCell - 1) / kCell),
+        m_rows((height + kCell - 1) / kCell),
+        m_depth(static_cast<size_t>(m_columns) * static_cast<size_t>(m_rows), kNothing) {}
+
+  // Lowers each cell whose pixel centres all lie inside the triangle (by
+  // kSlack) to the triangle's farthest depth over them. The triangle must
+  // lie in front of the eye and between the near and far planes, where
+  // nothing of it is clipped away.
+  void Cover(const WindowVertex& a, const WindowVertex& b, const WindowVertex& c) {
+    const std::optional<DepthPlane> plane = PlaneOf(a, b, c);
+    if (!plane) return;
+    const std::array<Edge, 3> edges = EdgesOf(a, b, c);
+    const int firstRow = std::max(0, static_cast<int>(std::min({a.y, b.y, c.y}) / kCell));
+    const int lastRow = std::min(m_rows - 1, static_cast<int>(std::max({a.y, b.y, c.y}) / kCell));
+    for (int row = firstRow; row <= lastRow; ++row) {
+      const auto [yl, yh] = Centres(row, m_height);
+      // The cells' left and right centres must lie in [low, high].
+      double low = -1.0;
+      double high = m_width + 1.0;
+      for (const Edge& edge : edges) {
+        const double needed = kSlack - edge.d - std::min(edge.ny * yl, edge.ny * yh);
+        if (edge.nx > 0.0) low = std::max(low, needed / edge.nx);
+        if (edge.nx < 0.0) high = std::min(high, needed / edge.nx);
+        if (edge.nx == 0.0 && needed > 0.0) high = low - 1.0;
+      }
+      if (!(low <= high)) continue;
+      for (int column = std::max(0, static_cast<int>(std::ceil((low - 0.5) / kCell)));
+           column < m_columns; ++column) {
+        const auto [xl, xh] = Centres(column, m_width);
+        if (xh > high) break;
+        float& depth = m_depth[Cell(column, row)];
+        depth = std::min(depth, static_cast<float>(plane->Most(xl, xh, yl, yh)));
+      }
+    }
+  }
+
+  // Whether every pixel centre the triangle might colour lies in a cell
+  // known nearer, by kDepthMargin, than the triangle's nearest depth over
+  // that cell. False for a triangle of less than a square pixel, and for
+  // one reaching behind the eye.
+  bool Hides(const WindowVertex& a, const WindowVertex& b, const WindowVertex& c) const {
+    if (!(a.placed && b.placed && c.placed)) return false;
+    const std::optional<DepthPlane> plane = PlaneOf(a, b, c);
+    if (!plane) return false;
+    const WindowVertex* corners[3] = {&a, &b, &c};
+    const double top = std::max({a.y, b.y, c.y}) + kSlack;
+    const double bottom = std::min({a.y, b.y, c.y}) - kSlack;
+    const int firstRow = std::max(0, static_cast<int>(std::floor((bottom - 0.5) / kCell)));
+    const int lastRow = std::min(m_rows - 1, static_cast<int>(std::floor((top - 0.5) / kCell)));
+    bool examined = false;
+    for (int row = firstRow; row <= lastRow; ++row) {
+      const auto [yl, yh] = Centres(row, m_height);
+      const double bandLow = std::max(yl - kSlack, bottom);
+      const double bandHigh = std::min(yh + kSlack, top);
+      double left = 0.0;
+      double right = 0.0;
+      if (!SpanInBand(corners, bandLow, bandHigh, left, right)) continue;
+      left -= kSlack;
+      right += kSlack;
+      const int firstColumn =
+          std::max(0, static_cast<int>(std::ceil((left - (kCell - 0.5)) / kCell)));
+      const int lastColumn =
+          std::min(m_columns - 1, static_cast<int>(std::floor((right - 0.5) / kCell)));
+      for (int column = firstColumn; column <= lastColumn; ++column) {
+        const auto [xl, xh] = Centres(column, m_width);
+        const double nearest = plane->Least(std::max(xl - kSlack, left),
+                                            std::min(xh + kSlack, right), bandLow, bandHigh);
+        if (!(nearest > m_depth[Cell(column, row)] + kDepthMargin)) return false;
+        examined = true;
+      }
+    }
+    return examined;
+  }
+
+  // Keeps, cell by cell, the nearer of this grid's depth and `other`'s.
+  void Merge(const OcclusionGrid& other) {
+    for (size_t i = 0; i < m_depth.size(); ++i)
+      m_depth[i] = std::min(m_depth[i], other.m_depth[i]);
+  }
+
+ private:
+  static constexpr float kNothing = 2.0f;  // beyond the far plane's depth of 1
+
+  // An edge as the half-plane nx x + ny y + d >= 0 that holds the triangle,
+  // (nx, ny) of unit length.
+  struct Edge {
+    double nx = 0.0;
+    double ny = 0.0;
+    double d = 0.0;
+  };
+
+  static std::array<Edge, 3> EdgesOf(const WindowVertex& a, const WindowVertex& b,
+                                     const WindowVertex& c) {
+    const double turn = (b.x - a.x) * (c.y - a.y) - (c.x - a.x) * (b.y - a.y) > 0 ? 1.0 : -1.0;
+    const WindowVertex* corners[3] = {&a, &b, &c};
+    std::array<Edge, 3> edges;
+    for (int i = 0; i < 3; ++i) {
+      const WindowVertex& p = *corners[i];
+      const WindowVertex& q = *corners[(i + 1) % 3];
+      const double nx = -(q.y - p.y) * turn;
+      const double ny = (q.x - p.x) * turn;
+      const double length = std::hypot(nx, ny);
+      edges[i] = {nx / length, ny / length, -(nx * p.x + ny * p.y) / length};
+    }
+    return edges;
+  }
+
+  // The leftmost and rightmost x of the triangle between heights low and
+  // high; false when it does not reach there.
+  static bool SpanInBand(const WindowVertex* const (&corners)[3], double low, double high,
+                         double& left, double& right) {
+    left = HUGE_VAL;
+    right = -HUGE_VAL;
+    for (int i = 0; i < 3; ++i) {
+      const WindowVertex& p = *corners[i];
+      const WindowVertex& q = *corners[(i + 1) % 3];
+      if (p.y >= low && p.y <= high) {
+        left = std::min(left, static_cast<double>(p.x));
+        right = std::max(right, static_cast<double>(p.x));
+      }
+      for (const double y : {low, high}) {
+        if ((p.y - y) * (q.y - y) >= 0.0) continue;
+        const double x = p.x + (y - p.y) * (q.x - p.x) / (q.y - p.y);
+        left = std::min(left, x);
+        right = std::max(right, x);
+      }
+    }
+    return left <= right;
+  }
+
+  // The window coordinates of the first and last pixel centres of cell
+  // `index` along an axis of `extent` pixels.
+  static std::pair<double, double> Centres(int index, int extent) {
+    return {index * kCell + 0.5, std::min(index * kCell + kCell, extent) - 0.5};
+  }
+
+  size_t Cell(int column, int row) const {
+    return static_cast<size_t>(row) * static_cast<size_t>(m_columns) + static_cast<size_t>(column);
+  }
+
+  int m_width;
+  int m_height;
+  int m_columns;
+  int m_rows;
+  std::vector<float> m_depth;
+};
+
+// Whether the triangle may stand in front of others in the grid: in front of
+// the eye and clipped by neither the near nor the far plane.
+bool CanOcclude(const WindowVertex& a, const WindowVertex& b, const WindowVertex& c) {
+  return a.placed && b.placed && c.placed && !((a.outside | b.outside | c.outside) & kOutsideDepth);
+}
+
+void DropFromBatch(oxRenderBatch& batch, const OxKernel::oxArray<WindowVertex>& placed,
+                   const OcclusionGrid& grid) {
   auto& indices = batch.indices;
   size_t kept = 0;
   for (size_t t = 0; t + 3 <= indices.size(); t += 3) {
@@ -95,12 +311,45 @@ void DropFromBatch(oxRenderBatch& batch, const OxKernel::oxArray<WindowVertex>& 
     const uint32_t b = indices[t + 1];
     const uint32_t c = indices[t + 2];
     const bool known = a < placed.size() && b < placed.size() && c < placed.size();
-    if (known && !CanColourAPixel(placed[a], placed[b], placed[c])) continue;
+    if (known && (!CanColourAPixel(placed[a], placed[b], placed[c]) ||
+                  grid.Hides(placed[a], placed[b], placed[c])))
+      continue;
     indices[kept++] = a;
     indices[kept++] = b;
     indices[kept++] = c;
   }
   indices.resize(kept);
+}
+
+// The grid of every opaque triangle of `scene` (blended ones write no
+// depth): each core covers a share of every batch in a grid of its own, and
+// the grids are merged.
+OcclusionGrid GridOf(const oxRenderScene& scene, const std::vector<size_t>& slotOfBatch,
+                     const std::vector<OxKernel::oxArray<WindowVertex>>& placed, int width,
+                     int height) {
+  const size_t parts = std::max(1u, std::thread::hardware_concurrency());
+  std::vector<OcclusionGrid> grids(parts, OcclusionGrid(width, height));
+  OxKernel::oxParallelFor(parts, [&](size_t part) {
+    for (size_t i = 0; i < scene.batches.size(); ++i) {
+      const oxRenderBatch& batch = scene.batches[i];
+      if (slotOfBatch[i] == SIZE_MAX || scene.IsBlended(batch)) continue;
+      const OxKernel::oxArray<WindowVertex>& vertices = placed[slotOfBatch[i]];
+      const size_t triangles = batch.indices.size() / 3;
+      for (size_t t = triangles * part / parts; t < triangles * (part + 1) / parts; ++t) {
+        const uint32_t* corner = &batch.indices[3 * t];
+        if (corner[0] >= vertices.size() || corner[1] >= vertices.size() ||
+            corner[2] >= vertices.size())
+          continue;
+        const WindowVertex& a = vertices[corner[0]];
+        const WindowVertex& b = vertices[corner[1]];
+        const WindowVertex& c = vertices[corner[2]];
+        if (CanOcclude(a, b, c)) grids[part].Cover(a, b, c);
+      }
+    }
+  });
+  for (size_t part = 1; part < parts; ++part)
+    grids[0].Merge(grids[part]);
+  return std::move(grids[0]);
 }
 
 }  // namespace
@@ -121,8 +370,9 @@ void DropUnseenTriangles(oxRenderScene& scene, const oxRenderView& view, int wid
   std::vector<OxKernel::oxArray<WindowVertex>> placed(shared.size());
   OxKernel::oxParallelFor(shared.size(),
                           [&](size_t i) { placed[i] = PlaceAll(*shared[i], clip, width, height); });
+  const OcclusionGrid grid = GridOf(scene, slotOfBatch, placed, width, height);
   OxKernel::oxParallelFor(scene.batches.size(), [&](size_t i) {
-    if (slotOfBatch[i] != SIZE_MAX) DropFromBatch(scene.batches[i], placed[slotOfBatch[i]]);
+    if (slotOfBatch[i] != SIZE_MAX) DropFromBatch(scene.batches[i], placed[slotOfBatch[i]], grid);
   });
 }
 

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <random>
 #include <vector>
 
 namespace {
@@ -32,46 +33,46 @@ std::vector<uint32_t> Indices(const oxRenderBatch& batch) {
   return {batch.indices.begin(), batch.indices.end()};
 }
 
+// The indices left of one batch of triangles over `positions` drawn with
+// the identity view into a `side` x `side` picture.
+std::vector<uint32_t> Kept(const std::vector<float>& positions,
+                           const std::vector<uint32_t>& indices, int side) {
+  oxRenderScene scene;
+  scene.batches.push_back(Batch(Vertices(positions), indices));
+  DropUnseenTriangles(scene, oxRenderView{}, side, side);
+  return Indices(scene.batches[0]);
+}
+
 // With the identity view, a 4 x 4 picture has its pixel centres at -0.75,
 // -0.25, 0.25 and 0.75 on both axes.
 constexpr int kSide = 4;
 
 TEST(RenderCull, TriangleBetweenPixelCentresIsDroppedAndOneOverACentreKept) {
-  oxRenderScene scene;
-  scene.batches.push_back(Batch(Vertices({0.0f, 0.0f, 0.0f, 0.1f, 0.0f, 0.0f, 0.0f, 0.1f, 0.0f,  //
-                                          0.2f, 0.2f, 0.0f, 0.3f, 0.2f, 0.0f, 0.2f, 0.3f, 0.0f}),
-                                {0, 1, 2, 3, 4, 5}));
-  DropUnseenTriangles(scene, oxRenderView{}, kSide, kSide);
-  EXPECT_EQ(Indices(scene.batches[0]), (std::vector<uint32_t>{3, 4, 5}));
+  EXPECT_EQ(Kept({0.0f, 0.0f, 0.0f, 0.1f, 0.0f, 0.0f, 0.0f, 0.1f, 0.0f,  //
+                  0.2f, 0.2f, 0.0f, 0.3f, 0.2f, 0.0f, 0.2f, 0.3f, 0.0f},
+                 {0, 1, 2, 3, 4, 5}, kSide),
+            (std::vector<uint32_t>{3, 4, 5}));
 }
 
 // A long thin triangle holds no pixel centre when it runs between two rows
 // of them, though it spans the picture.
 TEST(RenderCull, ThinTriangleBetweenTwoRowsOfCentresIsDropped) {
-  oxRenderScene scene;
-  scene.batches.push_back(
-      Batch(Vertices({-0.9f, 0.0f, 0.0f, 0.9f, 0.0f, 0.0f, 0.9f, 0.2f, 0.0f}), {0, 1, 2}));
-  DropUnseenTriangles(scene, oxRenderView{}, kSide, kSide);
-  EXPECT_TRUE(scene.batches[0].indices.empty());
+  EXPECT_TRUE(
+      Kept({-0.9f, 0.0f, 0.0f, 0.9f, 0.0f, 0.0f, 0.9f, 0.2f, 0.0f}, {0, 1, 2}, kSide).empty());
 }
 
 TEST(RenderCull, TriangleBeyondOneClipPlaneIsDropped) {
-  oxRenderScene scene;
-  scene.batches.push_back(Batch(Vertices({1.5f, -0.5f, 0.0f, 3.0f, 0.0f, 0.0f, 1.5f, 0.5f, 0.0f,
-                                          -0.5f, -0.5f, 2.0f, 0.5f, 0.0f, 2.0f, 0.0f, 0.5f, 2.0f}),
-                                {0, 1, 2, 3, 4, 5}));
-  DropUnseenTriangles(scene, oxRenderView{}, kSide, kSide);
-  EXPECT_TRUE(scene.batches[0].indices.empty());
+  EXPECT_TRUE(Kept({1.5f, -0.5f, 0.0f, 3.0f, 0.0f, 0.0f, 1.5f, 0.5f, 0.0f,  //
+                    -0.5f, -0.5f, 2.0f, 0.5f, 0.0f, 2.0f, 0.0f, 0.5f, 2.0f},
+                   {0, 1, 2, 3, 4, 5}, kSide)
+                  .empty());
 }
 
 // Beyond two different planes is not beyond one: such a triangle may cross
 // the picture's corner, and is left to the rasteriser.
 TEST(RenderCull, TriangleAcrossACornerIsKept) {
-  oxRenderScene scene;
-  scene.batches.push_back(
-      Batch(Vertices({-2.0f, 0.5f, 0.0f, 0.5f, -2.0f, 0.0f, -2.0f, -2.0f, 0.0f}), {0, 1, 2}));
-  DropUnseenTriangles(scene, oxRenderView{}, kSide, kSide);
-  EXPECT_EQ(Indices(scene.batches[0]), (std::vector<uint32_t>{0, 1, 2}));
+  EXPECT_EQ(Kept({-2.0f, 0.5f, 0.0f, 0.5f, -2.0f, 0.0f, -2.0f, -2.0f, 0.0f}, {0, 1, 2}, kSide),
+            (std::vector<uint32_t>{0, 1, 2}));
 }
 
 // A perspective whose w is -z: a vertex at z = 1 lies behind the eye, where
@@ -132,6 +133,128 @@ TEST(RenderCull, DenseMeshDrawsTheSamePictureWithFewerTriangles) {
   const oxPicture culled = renderer.Draw(scene, oxRenderView{});
   EXPECT_TRUE(culled.rgba == whole.rgba);
   EXPECT_NE(whole.Pixel(kPicture / 2, kPicture / 2), kBackground);
+}
+
+// Occlusion is known per 8 x 8 pixel cell: with the identity view a 32 x 32
+// picture has 4 x 4 cells, and window depth is (z + 1) / 2, nearer for a
+// lower z.
+constexpr int kOcclusionSide = 32;
+
+// A triangle at depth z over the whole picture (its corners lie beyond
+// the picture's sides, which clipping keeps to the picture).
+std::vector<float> Cover(float z) {
+  return {-1.0f, -1.0f, z, 3.0f, -1.0f, z, -1.0f, 3.0f, z};
+}
+
+// `a` followed by `b`.
+std::vector<float> Join(std::vector<float> a, const std::vector<float>& b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}
+
+TEST(RenderCull, TriangleBehindANearerOneEverywhereIsDropped) {
+  EXPECT_EQ(Kept(Join(Cover(-0.5f), {-0.5f, -0.5f, 0.5f, 0.5f, -0.5f, 0.5f, 0.0f, 0.5f, 0.5f}),
+                 {0, 1, 2, 3, 4, 5}, kOcclusionSide),
+            (std::vector<uint32_t>{0, 1, 2}));
+}
+
+// The nearer triangle ends at window x 23, short of the last pixel centre
+// (23.5) of the third column of cells, which it therefore does not hide:
+// the far triangle whose right edge is at window x 24 shows there and is
+// kept, the one wholly within the first two columns is dropped.
+TEST(RenderCull, TriangleSeenBesideANearerOneIsKept) {
+  EXPECT_EQ(Kept({-5.0f, -5.0f, -0.5f, 0.4375f, -5.0f, -0.5f, 0.4375f, 5.0f, -0.5f,  //
+                  -0.5f, -0.5f, 0.5f,  0.5f,    -0.5f, 0.5f,  0.5f,    0.5f, 0.5f,   //
+                  -0.9f, -0.5f, 0.5f,  -0.3f,   -0.5f, 0.5f,  -0.6f,   0.5f, 0.5f},
+                 {0, 1, 2, 3, 4, 5, 6, 7, 8}, kOcclusionSide),
+            (std::vector<uint32_t>{0, 1, 2, 3, 4, 5}));
+}
+
+// A blended triangle writes no depth, so it hides nothing; behind an opaque
+// one it loses the depth test like any other and is dropped.
+TEST(RenderCull, BlendedTrianglesHideNothingButAreHidden) {
+  oxRenderMaterial glass;
+  glass.opacity = 0.5f;
+  oxRenderScene scene;
+  scene.materials.push_back(glass);
+  scene.batches.push_back(Batch(Vertices(Join(Cover(-0.5f), Cover(0.0f))), {0, 1, 2}));
+  scene.batches.back().material = 1;
+  scene.batches.push_back(Batch(Vertices(Cover(0.5f)), {0, 1, 2}));
+  scene.batches.push_back(Batch(Vertices(Cover(0.8f)), {0, 1, 2}));
+  scene.batches.back().material = 1;
+  DropUnseenTriangles(scene, oxRenderView{}, kOcclusionSide, kOcclusionSide);
+  EXPECT_EQ(Indices(scene.batches[0]), (std::vector<uint32_t>{0, 1, 2}));
+  EXPECT_EQ(Indices(scene.batches[1]), (std::vector<uint32_t>{0, 1, 2}));
+  EXPECT_TRUE(scene.batches[2].indices.empty());
+}
+
+// At equal depths the drawing order decides which shows: both are kept.
+TEST(RenderCull, TrianglesAtEqualDepthsAreKept) {
+  EXPECT_EQ(Kept(Join(Cover(0.25f), Cover(0.25f)), {0, 1, 2, 3, 4, 5}, kOcclusionSide),
+            (std::vector<uint32_t>{0, 1, 2, 3, 4, 5}));
+}
+
+// A triangle reaching beyond the near plane is cut there: what is left of
+// it may not cover the picture, so it hides nothing.
+TEST(RenderCull, TriangleCutByTheNearPlaneHidesNothing) {
+  EXPECT_EQ(Kept({-1.0f, -1.0f, -0.5f, 3.0f, -1.0f, -0.5f, -1.0f, 3.0f, -1.5f,  //
+                  -0.5f, -0.5f, 0.5f, 0.5f, -0.5f, 0.5f, 0.0f, 0.5f, 0.5f},
+                 {0, 1, 2, 3, 4, 5}, kOcclusionSide),
+            (std::vector<uint32_t>{0, 1, 2, 3, 4, 5}));
+}
+
+// The nearest hides the middle one, which hides the farthest: only the
+// nearest is drawn, whatever their order.
+TEST(RenderCull, OnlyTheNearestOfThreeLayersIsKept) {
+  EXPECT_EQ(Kept(Join(Join(Cover(0.0f), Cover(0.6f)), Cover(-0.6f)), {0, 1, 2, 3, 4, 5, 6, 7, 8},
+                 kOcclusionSide),
+            (std::vector<uint32_t>{6, 7, 8}));
+}
+
+// 4,000 random triangles in a cube, in 40 batches of their own colour,
+// seen in perspective: over a quarter are hidden by others and dropped, and the
+// picture stays the same pixel for pixel.
+TEST(RenderCull, CrowdedTrianglesDrawTheSamePictureWithFewerTriangles) {
+  constexpr int kBatches = 40;
+  constexpr int kPerBatch = 100;
+  constexpr int kPicture = 128;
+  std::mt19937 random(7);
+  std::uniform_real_distribution<float> centre(-1.0f, 1.0f);
+  std::uniform_real_distribution<float> offset(-0.8f, 0.8f);
+  oxRenderScene scene;
+  size_t total = 0;
+  for (int b = 0; b < kBatches; ++b) {
+    oxRenderMaterial colour;
+    colour.lit = false;
+    colour.color = {static_cast<float>(b % 5) / 4.0f, static_cast<float>(b / 5 % 4) / 3.0f,
+                    static_cast<float>(b / 20), 1.0f};
+    scene.materials.push_back(colour);
+    std::vector<float> positions;
+    std::vector<uint32_t> indices;
+    for (int t = 0; t < kPerBatch; ++t) {
+      const float c[3] = {centre(random), centre(random), centre(random)};
+      for (int corner = 0; corner < 3; ++corner) {
+        for (int axis = 0; axis < 3; ++axis)
+          positions.push_back(c[axis] + offset(random));
+        indices.push_back(static_cast<uint32_t>(indices.size()));
+      }
+    }
+    scene.batches.push_back(Batch(Vertices(positions), indices));
+    scene.batches.back().material = scene.materials.size() - 1;
+    total += indices.size() / 3;
+  }
+  scene.boundsMin = {-1.4f, -1.4f, -1.4f};
+  scene.boundsMax = {1.4f, 1.4f, 1.4f};
+  const oxRenderView view = ViewOf(scene, kPicture, kPicture, false);
+  oxOffscreenRenderer renderer(kPicture, kPicture);
+  ASSERT_TRUE(renderer.IsValid());
+  const oxPicture whole = renderer.Draw(scene, view);
+  DropUnseenTriangles(scene, view, kPicture, kPicture);
+  size_t kept = 0;
+  for (const oxRenderBatch& batch : scene.batches)
+    kept += batch.indices.size() / 3;
+  EXPECT_LT(kept, total * 3 / 4);
+  EXPECT_TRUE(renderer.Draw(scene, view).rgba == whole.rgba);
 }
 
 }  // namespace

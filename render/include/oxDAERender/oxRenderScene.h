@@ -92,6 +92,14 @@ struct oxRenderScene {
   std::array<float, 3> boundsMax = {-1.0f, -1.0f, -1.0f};
 
   bool IsEmpty() const { return boundsMin[0] > boundsMax[0]; }
+
+  // Whether `batch` is drawn blended, after the opaque parts and without
+  // writing depth: its material's opacity is below 1 or its picture is
+  // translucent.
+  bool IsBlended(const oxRenderBatch& batch) const {
+    const oxRenderMaterial& material = materials[batch.material];
+    return material.opacity < 1.0f || (material.picture && material.picture->translucent);
+  }
 };
 
 struct oxRenderSceneOptions {

@@ -40,12 +40,20 @@ oxRenderView ViewOf(const oxRenderScene& scene, int width, int height, bool yUp)
 
 // Drops from the triangle batches of `scene` every triangle that cannot
 // colour a pixel of a `width` x `height` picture seen through `view`: those
-// wholly beyond one clip plane, and those in front of the eye whose window
-// bounds hold no pixel centre, where the rasteriser samples. The picture
-// stays the same, while a dense mesh seen small sends only a fraction of its
-// triangles to the software renderer. Lines are left alone. Not for a
-// picture that draws triangle edges: the edge of a triangle too small to
-// cover a pixel centre may still colour pixels.
+// wholly beyond one clip plane; those in front of the eye whose window
+// bounds hold no pixel centre, where the rasteriser samples; and those that
+// lie behind opaque triangles wherever they could colour a pixel. Hiding
+// is judged per cell of 8 x 8 pixels: a cell whose pixel centres all lie
+// inside an opaque triangle (one not blended, between the near and far
+// planes) is known to reach that triangle's farthest depth over it, and a
+// triangle (of at least a square pixel) whose nearest depth over every cell
+// it may touch lies beyond the cell's by more than 1e-5 cannot pass the
+// depth test there. Equal depths hide nothing, so the drawing order still
+// decides between them. The picture stays the same, while a dense mesh
+// seen small, or a crowd of surfaces seen from outside, sends only a
+// fraction of its triangles to the software renderer. Lines are left alone
+// and hide nothing. Not for a picture that draws triangle edges: the edge
+// of a dropped triangle may still colour pixels.
 void DropUnseenTriangles(oxRenderScene& scene, const oxRenderView& view, int width, int height);
 
 // The inverse of `m` (a general 4 x 4 inverse); the identity when `m` is
