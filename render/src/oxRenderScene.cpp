@@ -607,13 +607,16 @@ class Gatherer {
     job.parts = std::move(mesh.parts);
   }
 
+  // Widens the bounds by every vertex whose three coordinates are finite;
+  // the first such vertex of the scene sets them.
   void Grow(const OxKernel::oxArray<float>& positions) {
     for (size_t v = 0; v + 2 < positions.size(); v += 3) {
+      const float* p = &positions[v];
+      if (!(std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2]))) continue;
+      const bool first = m_scene.IsEmpty();
       for (int k = 0; k < 3; ++k) {
-        const float value = positions[v + k];
-        if (!std::isfinite(value)) continue;
-        m_scene.boundsMin[k] = m_scene.IsEmpty() ? value : std::min(m_scene.boundsMin[k], value);
-        m_scene.boundsMax[k] = m_scene.IsEmpty() ? value : std::max(m_scene.boundsMax[k], value);
+        m_scene.boundsMin[k] = first ? p[k] : std::min(m_scene.boundsMin[k], p[k]);
+        m_scene.boundsMax[k] = first ? p[k] : std::max(m_scene.boundsMax[k], p[k]);
       }
     }
   }

@@ -145,6 +145,26 @@ TEST(RenderScene, NoGeometryGivesTheBackgroundAndAWarning) {
             log.entries.end());
 }
 
+// A scene far from the origin: its bounds are those of its vertices and
+// nothing else, on the negative side as on the positive one.
+TEST(RenderScene, BoundsHoldTheDrawnVerticesOnly) {
+  const std::string triangle =
+      "<library_geometries><geometry id=\"g\"><mesh>" +
+      rendertest::FloatSource("g-p", "-30 20 10 -29 20 10 -30 22 13", 3, 3) +
+      R"(<vertices id="g-v"><input semantic="POSITION" source="#g-p"/></vertices>
+         <triangles count="1"><input semantic="VERTEX" source="#g-v" offset="0"/><p>0 1 2</p>
+         </triangles></mesh></geometry></library_geometries>
+         <library_visual_scenes><visual_scene id="s"><node id="n">
+         <instance_geometry url="#g"/></node></visual_scene></library_visual_scenes>)";
+  const oxtest::TempFile file(oxtest::Collada(triangle));
+  OxDAEReader::oxDAEFile document;
+  ASSERT_EQ(document.Load(file.URI()), 0);
+  oxRenderScene scene;
+  ASSERT_EQ(GatherScene(document, {}, scene), 0);
+  EXPECT_EQ(scene.boundsMin, (std::array<float, 3>{-30.0f, 20.0f, 10.0f}));
+  EXPECT_EQ(scene.boundsMax, (std::array<float, 3>{-29.0f, 22.0f, 13.0f}));
+}
+
 TEST(RenderScene, UnknownCameraIsAnError) {
   const oxtest::TempFile file(oxtest::Collada(rendertest::TurningCube()));
   OxDAEReader::oxDAEFile document;
