@@ -17,7 +17,7 @@ WERROR ?= OFF
 BUILD_TYPE ?= Release
 JOBS ?= $(shell nproc)
 BUILD_DIR ?= build/$(if $(filter ON,$(TSAN)),tsan,$(if $(filter ON,$(SANITIZE)),sanitize,release))
-PACKAGES := cmake ninja-build g++ libpugixml-dev libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev nlohmann-json3-dev libfmt-dev libzip-dev pkgconf libosmesa6-dev libstb-dev
+PACKAGES := cmake ninja-build g++ libpugixml-dev libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev nlohmann-json3-dev libfmt-dev libzip-dev pkgconf libosmesa6-dev libstb-dev zlib1g-dev
 FUZZ_PACKAGES := clang libclang-rt-dev
 # The Khronos glTF validator for the converter's tests (label gltf), run with
 # the machine's Node.js.

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <map>
 #include <memory>
+#include <mutex>
+#include <utility>
 #include <vector>
 
 namespace OxDAERender {
@@ -51,7 +53,9 @@ class TextureCache {
   std::map<const oxRenderImage*, GLuint> m_names;
 };
 
-void SetUpState(const oxRenderView& view) {
+void SetUpState(const oxRenderView& view, int width, int height) {
+  // A context warmed up on a small buffer keeps that buffer's viewport.
+  glViewport(0, 0, width, height);
   glClearColor(kBackground[0] / 255.0f, kBackground[1] / 255.0f, kBackground[2] / 255.0f, 1.0f);
   glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
   glEnable(GL_DEPTH_TEST);
@@ -138,6 +142,37 @@ void DrawEdges(const oxRenderScene& scene) {
   glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
 }
 
+// Draws `scene` into the current context's buffer of `width` x `height`.
+void DrawCurrent(const oxRenderScene& scene, const oxRenderView& view, const oxDrawOptions& options,
+                 int width, int height) {
+  TextureCache textures;
+  SetUpState(view, width, height);
+  glEnableClientState(GL_VERTEX_ARRAY);
+  if (options.wireframe) {
+    // Surfaces step back a little so that their edges win the depth test.
+    glEnable(GL_POLYGON_OFFSET_FILL);
+    glPolygonOffset(1.0f, 1.0f);
+  }
+  DrawPass(scene, false, textures);
+  glEnable(GL_BLEND);
+  glDepthMask(GL_FALSE);
+  DrawPass(scene, true, textures);
+  glDepthMask(GL_TRUE);
+  glDisable(GL_BLEND);
+  glDisable(GL_POLYGON_OFFSET_FILL);
+  if (options.wireframe) DrawEdges(scene);
+  glFinish();
+}
+
+// The context oxRenderGLWarmUp made, until oxRenderGLCreate takes it.
+std::mutex g_warmLock;
+OSMesaContext g_warm = nullptr;
+
+OSMesaContext TakeWarmContext() {
+  const std::lock_guard<std::mutex> lock(g_warmLock);
+  return std::exchange(g_warm, nullptr);
+}
+
 }  // namespace
 
 // The context and its colour buffer, behind the module's C entry points.
@@ -157,11 +192,44 @@ using OxDAERender::GLContext;
 // only by processes that draw.
 extern "C" {
 
+// Makes a context and draws one lit, opaque triangle with it into a few
+// pixels, then lets go of it for the next renderer made, on whatever
+// thread. A context's first drawing compiles the programs its state needs
+// (about 0.1 s of LLVM); done here, on a thread of its own, that overlaps
+// the loading of the document. Logs nothing.
+__attribute__((visibility("default"))) void oxRenderGLWarmUp() {
+  using namespace OxDAERender;
+  OSMesaContext context = OSMesaCreateContextExt(OSMESA_RGBA, 24, 0, 0, nullptr);
+  if (!context) return;
+  constexpr int kSide = 4;
+  // The context may keep the buffer's address until it is next made current.
+  static uint8_t pixels[kSide * kSide * 4];
+  if (OSMesaMakeCurrent(context, pixels, GL_UNSIGNED_BYTE, kSide, kSide)) {
+    auto vertices = std::make_shared<oxRenderVertices>();
+    vertices->positions.assign({-1.0f, -1.0f, 0.0f, 1.0f, -1.0f, 0.0f, -1.0f, 1.0f, 0.0f});
+    vertices->normals.assign({0.0f, 0.0f, 1.0f, 0.0f, 0.0f, 1.0f, 0.0f, 0.0f, 1.0f});
+    oxRenderScene scene;
+    scene.batches.push_back({vertices, {}, false, 0});
+    scene.batches.back().indices.assign({0, 1, 2});
+    DrawCurrent(scene, oxRenderView{}, oxDrawOptions{}, kSide, kSide);
+    OSMesaMakeCurrent(nullptr, nullptr, 0, 0, 0);
+  }
+  const std::lock_guard<std::mutex> lock(g_warmLock);
+  if (g_warm)
+    OSMesaDestroyContext(std::exchange(g_warm, context));
+  else
+    g_warm = context;
+}
+
+// A context for pictures of `width` x `height`: the warmed-up one when there
+// is one, else a new one. Null when the size is out of range or OSMesa
+// cannot make a context.
 __attribute__((visibility("default"))) void* oxRenderGLCreate(int width, int height) {
   if (width < 1 || height < 1 || width > OxDAERender::kMaxSide || height > OxDAERender::kMaxSide)
     return nullptr;
   auto context = std::make_unique<GLContext>();
-  context->context = OSMesaCreateContextExt(OSMESA_RGBA, 24, 0, 0, nullptr);
+  context->context = OxDAERender::TakeWarmContext();
+  if (!context->context) context->context = OSMesaCreateContextExt(OSMESA_RGBA, 24, 0, 0, nullptr);
   if (!context->context) return nullptr;
   context->width = width;
   context->height = height;
@@ -180,27 +248,10 @@ __attribute__((visibility("default"))) void oxRenderGLDestroy(void* handle) {
 __attribute__((visibility("default"))) const uint8_t* oxRenderGLDraw(
     void* handle, const OxDAERender::oxRenderScene* scene, const OxDAERender::oxRenderView* view,
     const OxDAERender::oxDrawOptions* options) {
-  using namespace OxDAERender;
   GLContext& c = *static_cast<GLContext*>(handle);
   if (!OSMesaMakeCurrent(c.context, c.buffer.data(), GL_UNSIGNED_BYTE, c.width, c.height))
     return nullptr;
-  TextureCache textures;
-  SetUpState(*view);
-  glEnableClientState(GL_VERTEX_ARRAY);
-  if (options->wireframe) {
-    // Surfaces step back a little so that their edges win the depth test.
-    glEnable(GL_POLYGON_OFFSET_FILL);
-    glPolygonOffset(1.0f, 1.0f);
-  }
-  DrawPass(*scene, false, textures);
-  glEnable(GL_BLEND);
-  glDepthMask(GL_FALSE);
-  DrawPass(*scene, true, textures);
-  glDepthMask(GL_TRUE);
-  glDisable(GL_BLEND);
-  glDisable(GL_POLYGON_OFFSET_FILL);
-  if (options->wireframe) DrawEdges(*scene);
-  glFinish();
+  OxDAERender::DrawCurrent(*scene, *view, *options, c.width, c.height);
   return c.buffer.data();
 }
 

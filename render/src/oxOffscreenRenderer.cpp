@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <future>
+#include <mutex>
 #include <system_error>
 
 #include <oxKernel/oxLog.h>
@@ -60,6 +61,25 @@ const GLModule& LoadGLModule() {
   return module;
 }
 
+// Opens the module and warms a context up for the first renderer (see
+// oxRenderGLWarmUp in oxOffscreenGL.cpp), on Prepare's thread.
+void OpenAndWarmUp() {
+  void* handle = OpenGLModule();
+  if (!handle) return;
+  using WarmUpFn = void (*)();
+  if (const auto warmUp = reinterpret_cast<WarmUpFn>(dlsym(handle, "oxRenderGLWarmUp"))) warmUp();
+}
+
+// The thread Prepare started, if any. Its shared state waits for the thread
+// at exit if the process ends before it does.
+std::mutex g_preparingLock;
+std::shared_future<void> g_preparing;
+
+std::shared_future<void> Preparing() {
+  const std::lock_guard<std::mutex> lock(g_preparingLock);
+  return g_preparing;
+}
+
 }  // namespace
 
 struct oxOffscreenRenderer::Context {
@@ -72,6 +92,8 @@ oxOffscreenRenderer::oxOffscreenRenderer(int width, int height)
     : m_context(std::make_unique<Context>()) {
   m_context->width = width;
   m_context->height = height;
+  // The context Prepare's thread warms up is taken once it is ready.
+  if (const std::shared_future<void> preparing = Preparing(); preparing.valid()) preparing.wait();
   const GLModule& module = LoadGLModule();
   if (module.create) m_context->handle = module.create(width, height);
 }
@@ -81,15 +103,14 @@ oxOffscreenRenderer::~oxOffscreenRenderer() {
 }
 
 void oxOffscreenRenderer::Prepare() {
-  // The handle is never closed, as LoadGLModule's is not; the future waits
-  // for the thread at exit if the process ends before it does.
-  static const std::future<void> started = []() -> std::future<void> {
-    try {
-      return std::async(std::launch::async, [] { OpenGLModule(); });
-    } catch (const std::system_error&) {
-      return {};  // no thread to be had: the first renderer opens it
-    }
-  }();
+  // The handle is never closed, as LoadGLModule's is not.
+  const std::lock_guard<std::mutex> lock(g_preparingLock);
+  if (g_preparing.valid()) return;
+  try {
+    g_preparing = std::async(std::launch::async, OpenAndWarmUp).share();
+  } catch (const std::system_error&) {
+    // No thread to be had: the first renderer opens the module itself.
+  }
 }
 
 bool oxOffscreenRenderer::IsValid() const {

@@ -100,6 +100,19 @@ bool CanColourAPixel(const WindowVertex& a, const WindowVertex& b, const WindowV
 // a 512 x 512 picture has only 4,096 of them.
 constexpr int kCell = 8;
 
+// floor(v / kCell) and ceil(v / kCell), the cells a window position lies
+// in or before; 0 for a position before the picture, where no cell lies.
+// Positions are below 2^20 (see kFarWindow), so the quotient fits an int.
+int FloorCell(double v) {
+  return v > 0.0 ? static_cast<int>(v * (1.0 / kCell)) : 0;
+}
+int CeilCell(double v) {
+  if (!(v > 0.0)) return 0;
+  const double quotient = v * (1.0 / kCell);
+  const int whole = static_cast<int>(quotient);
+  return whole < quotient ? whole + 1 : whole;
+}
+
 // How much farther than a cell's known depth a triangle must lie to be
 // hidden there: well above a 24-bit depth buffer's step (6e-8) and the
 // rasteriser's float rounding, so that the depth test cannot let it
@@ -160,9 +173,17 @@ class OcclusionGrid {
   void Cover(const WindowVertex& a, const WindowVertex& b, const WindowVertex& c) {
     const std::optional<DepthPlane> plane = PlaneOf(a, b, c);
     if (!plane) return;
+    const double top = std::max({a.y, b.y, c.y});
+    const double bottom = std::min({a.y, b.y, c.y});
+    // Narrower or lower than the pixel centres of a whole cell span: such a
+    // triangle could hide at most a partial cell at the picture's far
+    // edges, which is left unknown.
+    if (top - bottom < kCell - 1 ||
+        std::max({a.x, b.x, c.x}) - std::min({a.x, b.x, c.x}) < kCell - 1)
+      return;
     const std::array<Edge, 3> edges = EdgesOf(a, b, c);
-    const int firstRow = std::max(0, static_cast<int>(std::min({a.y, b.y, c.y}) / kCell));
-    const int lastRow = std::min(m_rows - 1, static_cast<int>(std::max({a.y, b.y, c.y}) / kCell));
+    const int firstRow = FloorCell(bottom);
+    const int lastRow = top > 0.0 ? std::min(m_rows - 1, FloorCell(top)) : -1;
     for (int row = firstRow; row <= lastRow; ++row) {
       const auto [yl, yh] = Centres(row, m_height);
       // The cells' left and right centres must lie in [low, high].
@@ -170,13 +191,12 @@ class OcclusionGrid {
       double high = m_width + 1.0;
       for (const Edge& edge : edges) {
         const double needed = kSlack - edge.d - std::min(edge.ny * yl, edge.ny * yh);
-        if (edge.nx > 0.0) low = std::max(low, needed / edge.nx);
-        if (edge.nx < 0.0) high = std::min(high, needed / edge.nx);
+        if (edge.nx > 0.0) low = std::max(low, needed * edge.inverseNx);
+        if (edge.nx < 0.0) high = std::min(high, needed * edge.inverseNx);
         if (edge.nx == 0.0 && needed > 0.0) high = low - 1.0;
       }
       if (!(low <= high)) continue;
-      for (int column = std::max(0, static_cast<int>(std::ceil((low - 0.5) / kCell)));
-           column < m_columns; ++column) {
+      for (int column = CeilCell(low - 0.5); column < m_columns; ++column) {
         const auto [xl, xh] = Centres(column, m_width);
         if (xh > high) break;
         float& depth = m_depth[Cell(column, row)];
@@ -193,11 +213,11 @@ class OcclusionGrid {
     if (!(a.placed && b.placed && c.placed)) return false;
     const std::optional<DepthPlane> plane = PlaneOf(a, b, c);
     if (!plane) return false;
-    const WindowVertex* corners[3] = {&a, &b, &c};
+    const std::array<Side, 3> sides = SidesOf(a, b, c);
     const double top = std::max({a.y, b.y, c.y}) + kSlack;
     const double bottom = std::min({a.y, b.y, c.y}) - kSlack;
-    const int firstRow = std::max(0, static_cast<int>(std::floor((bottom - 0.5) / kCell)));
-    const int lastRow = std::min(m_rows - 1, static_cast<int>(std::floor((top - 0.5) / kCell)));
+    const int firstRow = FloorCell(bottom - 0.5);
+    const int lastRow = top >= 0.5 ? std::min(m_rows - 1, FloorCell(top - 0.5)) : -1;
     bool examined = false;
     for (int row = firstRow; row <= lastRow; ++row) {
       const auto [yl, yh] = Centres(row, m_height);
@@ -205,13 +225,11 @@ class OcclusionGrid {
       const double bandHigh = std::min(yh + kSlack, top);
       double left = 0.0;
       double right = 0.0;
-      if (!SpanInBand(corners, bandLow, bandHigh, left, right)) continue;
+      if (!SpanInBand(sides, bandLow, bandHigh, left, right)) continue;
       left -= kSlack;
       right += kSlack;
-      const int firstColumn =
-          std::max(0, static_cast<int>(std::ceil((left - (kCell - 0.5)) / kCell)));
-      const int lastColumn =
-          std::min(m_columns - 1, static_cast<int>(std::floor((right - 0.5) / kCell)));
+      const int firstColumn = CeilCell(left - (kCell - 0.5));
+      const int lastColumn = right >= 0.5 ? std::min(m_columns - 1, FloorCell(right - 0.5)) : -1;
       for (int column = firstColumn; column <= lastColumn; ++column) {
         const auto [xl, xh] = Centres(column, m_width);
         const double nearest = plane->Least(std::max(xl - kSlack, left),
@@ -238,6 +256,7 @@ class OcclusionGrid {
     double nx = 0.0;
     double ny = 0.0;
     double d = 0.0;
+    double inverseNx = 0.0;  // 1 / nx, 0 when nx is
   };
 
   static std::array<Edge, 3> EdgesOf(const WindowVertex& a, const WindowVertex& b,
@@ -250,28 +269,51 @@ class OcclusionGrid {
       const WindowVertex& q = *corners[(i + 1) % 3];
       const double nx = -(q.y - p.y) * turn;
       const double ny = (q.x - p.x) * turn;
-      const double length = std::hypot(nx, ny);
-      edges[i] = {nx / length, ny / length, -(nx * p.x + ny * p.y) / length};
+      const double length = std::sqrt(nx * nx + ny * ny);
+      edges[i] = {nx / length, ny / length, -(nx * p.x + ny * p.y) / length,
+                  nx != 0.0 ? length / nx : 0.0};
     }
     return edges;
   }
 
-  // The leftmost and rightmost x of the triangle between heights low and
-  // high; false when it does not reach there.
-  static bool SpanInBand(const WindowVertex* const (&corners)[3], double low, double high,
-                         double& left, double& right) {
-    left = HUGE_VAL;
-    right = -HUGE_VAL;
+  // An edge from (x, y) on, rising by `rise` over its height, with its run
+  // per unit of height (0 for a level edge).
+  struct Side {
+    double x = 0.0;
+    double y = 0.0;
+    double rise = 0.0;
+    double run = 0.0;
+  };
+
+  static std::array<Side, 3> SidesOf(const WindowVertex& a, const WindowVertex& b,
+                                     const WindowVertex& c) {
+    const WindowVertex* corners[3] = {&a, &b, &c};
+    std::array<Side, 3> sides;
     for (int i = 0; i < 3; ++i) {
       const WindowVertex& p = *corners[i];
       const WindowVertex& q = *corners[(i + 1) % 3];
-      if (p.y >= low && p.y <= high) {
-        left = std::min(left, static_cast<double>(p.x));
-        right = std::max(right, static_cast<double>(p.x));
+      const double rise = double{q.y} - p.y;
+      sides[i] = {p.x, p.y, rise, rise != 0.0 ? (double{q.x} - p.x) / rise : 0.0};
+    }
+    return sides;
+  }
+
+  // The leftmost and rightmost x of the triangle between heights low and
+  // high; false when it does not reach there.
+  static bool SpanInBand(const std::array<Side, 3>& sides, double low, double high, double& left,
+                         double& right) {
+    left = HUGE_VAL;
+    right = -HUGE_VAL;
+    for (const Side& side : sides) {
+      if (side.y >= low && side.y <= high) {
+        left = std::min(left, side.x);
+        right = std::max(right, side.x);
       }
       for (const double y : {low, high}) {
-        if ((p.y - y) * (q.y - y) >= 0.0) continue;
-        const double x = p.x + (y - p.y) * (q.x - p.x) / (q.y - p.y);
+        // Strictly between the edge's ends: its ends are the corners above.
+        const double up = y - side.y;
+        if (!(side.rise > 0.0 ? up > 0.0 && up < side.rise : up < 0.0 && up > side.rise)) continue;
+        const double x = side.x + up * side.run;
         left = std::min(left, x);
         right = std::max(right, x);
       }

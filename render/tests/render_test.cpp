@@ -55,6 +55,17 @@ TEST(RenderCube, CentreIsShadedRedAndCornersAreBackground) {
     EXPECT_TRUE(IsBackground(picture.Pixel(x, y))) << x << "," << y;
 }
 
+// The first renderer after Prepare draws with the context Prepare's thread
+// warmed up on a few pixels; its picture is that of a new context, the
+// next renderer's, pixel for pixel.
+TEST(RenderCube, WarmedUpContextDrawsWhatANewOneDraws) {
+  oxOffscreenRenderer::Prepare();
+  const oxPicture warmed = Render(rendertest::TurningCube());
+  const oxPicture fresh = Render(rendertest::TurningCube());
+  EXPECT_TRUE(IsMostly(warmed.Pixel(kSide / 2, kSide / 2), 0));
+  EXPECT_TRUE(warmed.rgba == fresh.rgba);
+}
+
 TEST(RenderCube, AnimationTurnsTheGreenFaceToTheCameraAtOne) {
   const oxPicture picture = Render(rendertest::TurningCube(), 1.0f);
   const auto centre = picture.Pixel(kSide / 2, kSide / 2);

@@ -29,8 +29,8 @@ struct oxPicture {
 // material colour is likely to equal, opaque.
 inline constexpr std::array<uint8_t, 4> kBackground = {48, 52, 60, 255};
 
-// Writes `picture` as a PNG file (stb_image_write); false when the file
-// cannot be written.
+// Writes `picture` as a PNG file (stb_image_write, deflated by zlib at its
+// fastest level); false when the file cannot be written.
 bool WritePng(const oxPicture& picture, const std::string& path);
 
 // Decodes the PNG (or any picture stb_image reads) in `bytes`; an empty
