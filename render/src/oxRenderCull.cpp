@@ -167,7 +167,7 @@ class OcclusionGrid {
         m_depth(static_cast<size_t>(m_columns) * static_cast<size_t>(m_rows), kNothing) {}
 
   // Lowers each cell whose pixel centres all lie inside the triangle (by
-  // kSlack) to the triangle's farthest depth over them. The triangle must
+  // kSlack) to the triangle's farthest depth over them (and kSlack around). The triangle must
   // lie in front of the eye and between the near and far planes, where
   // nothing of it is clipped away.
   void Cover(const WindowVertex& a, const WindowVertex& b, const WindowVertex& c) {
@@ -199,8 +199,11 @@ class OcclusionGrid {
       for (int column = CeilCell(low - 0.5); column < m_columns; ++column) {
         const auto [xl, xh] = Centres(column, m_width);
         if (xh > high) break;
+        // The rasteriser's plane passes through its own vertex positions:
+        // its depth at a centre is this plane's up to kSlack away.
+        const double farthest = plane->Most(xl - kSlack, xh + kSlack, yl - kSlack, yh + kSlack);
         float& depth = m_depth[Cell(column, row)];
-        depth = std::min(depth, static_cast<float>(plane->Most(xl, xh, yl, yh)));
+        depth = std::min(depth, static_cast<float>(farthest));
       }
     }
   }

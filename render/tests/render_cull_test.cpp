@@ -203,6 +203,21 @@ TEST(RenderCull, TriangleCutByTheNearPlaneHidesNothing) {
             (std::vector<uint32_t>{0, 1, 2, 3, 4, 5}));
 }
 
+// The rasteriser puts vertices up to a fraction of a pixel from where the
+// view places them, which shifts a steep triangle's depth at a pixel
+// centre by that much of its slope. The nearer triangle here rises by 0.01
+// per pixel; the flat one lies inside one cell, 9e-5 beyond the nearer
+// one's depth at the cell's last centre (window x 15.5): beyond the margin
+// of 1e-5, but not beyond what the shift may add, so it is kept.
+TEST(RenderCull, TriangleCloseBehindASteepOneIsKept) {
+  const float steep[3] = {-0.82f, 0.46f, -0.82f};  // z = -0.5 + 0.32 x
+  const float flat = -0.50982f;                    // window depth 0.24509
+  EXPECT_EQ(Kept({-1.0f, -1.0f, steep[0], 3.0f, -1.0f, steep[1], -1.0f, 3.0f, steep[2],  //
+                  -0.4375f, -0.4375f, flat, -0.0625f, -0.4375f, flat, -0.4375f, -0.0625f, flat},
+                 {0, 1, 2, 3, 4, 5}, kOcclusionSide),
+            (std::vector<uint32_t>{0, 1, 2, 3, 4, 5}));
+}
+
 // The nearest hides the middle one, which hides the farthest: only the
 // nearest is drawn, whatever their order.
 TEST(RenderCull, OnlyTheNearestOfThreeLayersIsKept) {

@@ -48,7 +48,9 @@ oxRenderView ViewOf(const oxRenderScene& scene, int width, int height, bool yUp)
 // planes) is known to reach that triangle's farthest depth over it, and a
 // triangle (of at least a square pixel) whose nearest depth over every cell
 // it may touch lies beyond the cell's by more than 1e-5 cannot pass the
-// depth test there. Equal depths hide nothing, so the drawing order still
+// depth test there. Both depths are taken over the cell widened by 1/64
+// pixel, as the rasteriser places vertices that close to where the view
+// puts them, which moves a steep triangle's depth at a pixel centre. Equal depths hide nothing, so the drawing order still
 // decides between them. The picture stays the same, while a dense mesh
 // seen small, or a crowd of surfaces seen from outside, sends only a
 // fraction of its triangles to the software renderer. Lines are left alone
