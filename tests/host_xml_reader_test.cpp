@@ -685,6 +685,28 @@ TEST(HostXMLTextValue, ParseIntsReadsSignsAndTheFullRange) {
                                   std::numeric_limits<int32_t>::max(), 5, 0, 0, 7}));
 }
 
+// Up to eight digits are read inline, longer tokens by the library: both
+// give the same values, and a digit run ending in a letter is refused
+// without touching its slot.
+TEST(HostXMLTextValue, ParseIntsReadsShortAndLongDigitRunsAlike) {
+  const std::string text = "5 12345678 123456789 1234567890 00000000012\t7";
+  const oxXMLTextValue value(text.data(), text.size(), "p");
+  int32_t out[6] = {};
+  unsigned int parsed = 0;
+  EXPECT_EQ(value.ParseInts(out, 6, parsed), 0);
+  EXPECT_EQ(parsed, 6u);
+  EXPECT_EQ(std::vector<int32_t>(out, out + 6),
+            (std::vector<int32_t>{5, 12345678, 123456789, 1234567890, 12, 7}));
+  const std::string bad = "8 1234567a";
+  const oxXMLTextValue badValue(bad.data(), bad.size(), "p");
+  int32_t slots[2] = {9, 9};
+  LogCapture log;
+  EXPECT_EQ(badValue.ParseInts(slots, 2, parsed), -1);
+  EXPECT_EQ(parsed, 1u);
+  EXPECT_EQ(std::vector<int32_t>(slots, slots + 2), (std::vector<int32_t>{8, 9}));
+  EXPECT_EQ(log.entries, (std::vector{Warning("invalid value '1234567a' in <p>")}));
+}
+
 TEST(HostXMLTextValue, ParseIntsRejectsFractionsOverflowAndDoubleSigns) {
   LogCapture log;
   unsigned int parsed = 0;

@@ -81,8 +81,27 @@ int ForEachToken(std::string_view text, unsigned int wanted, unsigned int& parse
   return 0;
 }
 
+// Reads a token of one to eight decimal digits that ends the text or is
+// followed by white space, the common index, and moves `p` past it; false,
+// with `p` unmoved, for any other token. Eight digits always fit an int32.
+bool ReadShortDigits(const char*& p, const char* end, int32_t& value) {
+  const char* q = p;
+  uint32_t digits = 0;
+  while (q != end && q - p < 9) {
+    const unsigned digit = static_cast<unsigned char>(*q) - unsigned{'0'};
+    if (digit > 9) break;
+    digits = digits * 10 + digit;
+    ++q;
+  }
+  if (q == p || q - p > 8 || (q != end && !oxCharacter::IsSpace(*q))) return false;
+  value = static_cast<int32_t>(digits);
+  p = q;
+  return true;
+}
+
 // The number loop of the hot path: std::from_chars straight from the text,
 // falling back to the token routine (signs, out-of-range values, errors).
+// Integers of a few digits, the bulk of index lists, are read inline first.
 template <class T>
 int ParseNumbers(std::string_view text, T* out, unsigned int wanted, unsigned int& parsed,
                  const char* tag) {
@@ -93,6 +112,12 @@ int ParseNumbers(std::string_view text, T* out, unsigned int wanted, unsigned in
     while (p != end && oxCharacter::IsSpace(*p))
       ++p;
     if (p == end) break;
+    if constexpr (std::is_same_v<T, int32_t>) {
+      if (ReadShortDigits(p, end, out[parsed])) {
+        ++parsed;
+        continue;
+      }
+    }
     // Converted into a local first: a token that turns out to be invalid
     // must leave its destination slot untouched.
     T value{};
