@@ -215,10 +215,7 @@ __attribute__((visibility("default"))) void oxRenderGLWarmUp() {
     OSMesaMakeCurrent(nullptr, nullptr, 0, 0, 0);
   }
   const std::lock_guard<std::mutex> lock(g_warmLock);
-  if (g_warm)
-    OSMesaDestroyContext(std::exchange(g_warm, context));
-  else
-    g_warm = context;
+  if (OSMesaContext unused = std::exchange(g_warm, context)) OSMesaDestroyContext(unused);
 }
 
 // A context for pictures of `width` x `height`: the warmed-up one when there

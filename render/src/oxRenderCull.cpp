@@ -167,12 +167,10 @@ class OcclusionGrid {
         m_depth(static_cast<size_t>(m_columns) * static_cast<size_t>(m_rows), kNothing) {}
 
   // Lowers each cell whose pixel centres all lie inside the triangle (by
-  // kSlack) to the triangle's farthest depth over them (and kSlack around). The triangle must
-  // lie in front of the eye and between the near and far planes, where
-  // nothing of it is clipped away.
+  // kSlack) to the triangle's farthest depth over them and kSlack around.
+  // The triangle must lie in front of the eye and between the near and far
+  // planes, where nothing of it is clipped away.
   void Cover(const WindowVertex& a, const WindowVertex& b, const WindowVertex& c) {
-    const std::optional<DepthPlane> plane = PlaneOf(a, b, c);
-    if (!plane) return;
     const double top = std::max({a.y, b.y, c.y});
     const double bottom = std::min({a.y, b.y, c.y});
     // Narrower or lower than the pixel centres of a whole cell span: such a
@@ -181,6 +179,8 @@ class OcclusionGrid {
     if (top - bottom < kCell - 1 ||
         std::max({a.x, b.x, c.x}) - std::min({a.x, b.x, c.x}) < kCell - 1)
       return;
+    const std::optional<DepthPlane> plane = PlaneOf(a, b, c);
+    if (!plane) return;
     const std::array<Edge, 3> edges = EdgesOf(a, b, c);
     const int firstRow = FloorCell(bottom);
     const int lastRow = top > 0.0 ? std::min(m_rows - 1, FloorCell(top)) : -1;
@@ -347,6 +347,12 @@ bool CanOcclude(const WindowVertex& a, const WindowVertex& b, const WindowVertex
   return a.placed && b.placed && c.placed && !((a.outside | b.outside | c.outside) & kOutsideDepth);
 }
 
+// Whether the three indices from `corner` on name placed vertices; the
+// rasteriser is left to deal with a triangle whose indices lie past them.
+bool Known(const uint32_t* corner, const OxKernel::oxArray<WindowVertex>& placed) {
+  return corner[0] < placed.size() && corner[1] < placed.size() && corner[2] < placed.size();
+}
+
 void DropFromBatch(oxRenderBatch& batch, const OxKernel::oxArray<WindowVertex>& placed,
                    const OcclusionGrid& grid) {
   auto& indices = batch.indices;
@@ -355,9 +361,8 @@ void DropFromBatch(oxRenderBatch& batch, const OxKernel::oxArray<WindowVertex>& 
     const uint32_t a = indices[t];
     const uint32_t b = indices[t + 1];
     const uint32_t c = indices[t + 2];
-    const bool known = a < placed.size() && b < placed.size() && c < placed.size();
-    if (known && (!CanColourAPixel(placed[a], placed[b], placed[c]) ||
-                  grid.Hides(placed[a], placed[b], placed[c])))
+    if (Known(&indices[t], placed) && (!CanColourAPixel(placed[a], placed[b], placed[c]) ||
+                                       grid.Hides(placed[a], placed[b], placed[c])))
       continue;
     indices[kept++] = a;
     indices[kept++] = b;
@@ -382,9 +387,7 @@ OcclusionGrid GridOf(const oxRenderScene& scene, const std::vector<size_t>& slot
       const size_t triangles = batch.indices.size() / 3;
       for (size_t t = triangles * part / parts; t < triangles * (part + 1) / parts; ++t) {
         const uint32_t* corner = &batch.indices[3 * t];
-        if (corner[0] >= vertices.size() || corner[1] >= vertices.size() ||
-            corner[2] >= vertices.size())
-          continue;
+        if (!Known(corner, vertices)) continue;
         const WindowVertex& a = vertices[corner[0]];
         const WindowVertex& b = vertices[corner[1]];
         const WindowVertex& c = vertices[corner[2]];
