@@ -297,13 +297,12 @@ void WriteVertexWeights(TextSink& out, Random& random, const std::string& id,
   out.Put("\n          </v>\n        </vertex_weights>\n");
 }
 
-// <library_controllers> with the controller "skin-0" of the mesh `meshID`.
-void WriteSkinLibrary(TextSink& out, Random& random, uint32_t influences,
-                      const std::string& meshID) {
-  const std::string id = "skin-0";
+// The controller `id`, a skin of the mesh `meshID` with about `influences`
+// joint influences.
+void WriteSkin(TextSink& out, Random& random, const std::string& id, uint32_t influences,
+               const std::string& meshID) {
   const std::vector<uint8_t> counts = InfluenceCounts(random, influences / kInfluencesPerVertex);
-  out.Put("  <library_controllers>\n    <controller id=\"" + id +
-          "\" name=\"Skin\">\n      <skin source=\"#" + meshID +
+  out.Put("    <controller id=\"" + id + "\" name=\"Skin\">\n      <skin source=\"#" + meshID +
           "\">\n        <bind_shape_matrix>1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1</bind_shape_matrix>\n");
   WriteArraySource(out, {8, id + "-joints", "Name_array", "name", {"JOINT"}, kSkinJoints, " "},
                    [&](uint32_t i) { out.Put("joint-" + std::to_string(i)); });
@@ -316,18 +315,39 @@ void WriteSkinLibrary(TextSink& out, Random& random, uint32_t influences,
           "-joints\"/>\n          <input semantic=\"INV_BIND_MATRIX\" source=\"#" + id +
           "-bind-poses\"/>\n        </joints>\n");
   WriteVertexWeights(out, random, id, counts);
-  out.Put("      </skin>\n    </controller>\n  </library_controllers>\n");
+  out.Put("      </skin>\n    </controller>\n");
+}
+
+// <library_controllers> with `influences` joint influences shared out
+// evenly over the skins "skin-0", "skin-1"... of the mesh `meshID`.
+void WriteSkinLibrary(TextSink& out, Random& random, uint32_t influences, uint32_t skins,
+                      const std::string& meshID) {
+  out.Put("  <library_controllers>\n");
+  for (uint32_t i = 0; i < skins; ++i) {
+    const uint32_t share = influences / skins + (i < influences % skins ? 1 : 0);
+    WriteSkin(out, random, "skin-" + std::to_string(i), share, meshID);
+  }
+  out.Put("  </library_controllers>\n");
+}
+
+// How many pieces of about `pieceBytes` make up `bytes`: at least one.
+uint32_t PieceCount(double bytes, uint64_t pieceBytes) {
+  const double pieces = std::round(bytes / static_cast<double>(pieceBytes));
+  return static_cast<uint32_t>(std::clamp(pieces, 1.0, 1e9));
 }
 
 // The skin's text, made before the meshes so that its size is known when
 // they are sized: `wanted` influences at most, and no more than its share
-// of `bytes`.
-std::string SkinText(Random& random, uint32_t wanted, uint64_t bytes) {
+// of `bytes`; in one skin, or in skins of about `pieceBytes` each.
+std::string SkinText(Random& random, uint32_t wanted, uint64_t bytes, uint64_t pieceBytes) {
   const double fit = kSkinShare * static_cast<double>(bytes) / kBytesPerInfluence;
   const auto influences = static_cast<uint32_t>(std::min(static_cast<double>(wanted), fit));
   if (influences < kInfluencesPerVertex) return {};
+  const uint32_t skins =
+      pieceBytes == 0 ? 1 : PieceCount(influences * kBytesPerInfluence, pieceBytes);
   TextSink out;
-  WriteSkinLibrary(out, random, influences, MeshID(0));
+  WriteSkinLibrary(out, random, influences, std::min(skins, influences / kInfluencesPerVertex),
+                   MeshID(0));
   return out.Take();
 }
 
@@ -342,8 +362,13 @@ constexpr double kFirstBytesPerVertex = 170.0;  // corrected after each mesh
 constexpr std::string_view kGeometriesOpen = "  <library_geometries>\n";
 constexpr std::string_view kGeometriesClose = "  </library_geometries>\n";
 
-uint32_t MeshCount(uint64_t bytes) {
-  const auto meshes = static_cast<uint32_t>(static_cast<double>(bytes) / kMeshBytes);
+// The number of meshes: see DocumentOptions::pieceBytes.
+uint32_t MeshCount(const DocumentOptions& options, uint64_t skinBytes) {
+  if (options.pieceBytes != 0) {
+    const uint64_t left = options.bytes - std::min(options.bytes, skinBytes);
+    return PieceCount(static_cast<double>(left), options.pieceBytes);
+  }
+  const auto meshes = static_cast<uint32_t>(static_cast<double>(options.bytes) / kMeshBytes);
   return std::clamp(meshes, kFewestMeshes, kMostMeshes);
 }
 
@@ -442,15 +467,21 @@ void WriteMeshes(TextSink& out, Random& random, uint64_t budget, uint32_t meshes
 
 }  // namespace
 
+DocumentOptions ScalingDocument(uint64_t bytes, uint64_t seed) {
+  const auto influences = static_cast<uint32_t>(std::min<uint64_t>(bytes / 50, UINT32_MAX));
+  return {bytes, seed, influences, 4'000'000};
+}
+
 uint64_t WriteDocument(const DocumentOptions& options, std::FILE* file) {
   TextSink out(file);
   Random random(options.seed);
-  const uint32_t meshes = MeshCount(options.bytes);
   PutDocumentStart(out);
   WriteAsset(out, options.seed);
   WriteEffects(out, random);
   WriteMaterials(out);
-  const std::string skin = SkinText(random, options.skinInfluences, options.bytes);
+  const std::string skin =
+      SkinText(random, options.skinInfluences, options.bytes, options.pieceBytes);
+  const uint32_t meshes = MeshCount(options, skin.size());
   const std::string scene = SceneText(random, meshes);
   const uint64_t fixed =
       out.Size() + kGeometriesOpen.size() + kGeometriesClose.size() + skin.size() + scene.size();
@@ -490,7 +521,7 @@ uint64_t WriteSkinDocumentFile(uint32_t influences, uint64_t seed, const std::st
     out.Put(kGeometriesOpen);
     WriteMesh(out, random, PlanMesh(0, kFewestVertices, random));
     out.Put(kGeometriesClose);
-    WriteSkinLibrary(out, random, std::max(influences, kInfluencesPerVertex), MeshID(0));
+    WriteSkinLibrary(out, random, std::max(influences, kInfluencesPerVertex), 1, MeshID(0));
     PutDocumentEnd(out);
     return out.Finish() ? out.Size() : 0;
   });

@@ -19,7 +19,22 @@ struct DocumentOptions {
   // this many, and no more than half of `bytes` can hold (a small
   // document gets a small skin, or none).
   uint32_t skinInfluences = 1'000'000;
+  // 0 (the default): one skin, and about one mesh per 8 MB, three to 24 of
+  // them, so that a larger document has larger meshes, whose indices take
+  // more digits. Otherwise the document grows by more pieces rather than
+  // larger ones: meshes and skins of about this many bytes each, so that
+  // documents of every size hold numbers of the same lengths in the same
+  // proportions.
+  uint64_t pieceBytes = 0;
 };
+
+// The options of the scaling benchmark's documents: a skin that grows with
+// the document (1,000,000 influences in 50 MB), and meshes and skins of
+// 4 MB each, so that every size has the same mix of content. Were the
+// pieces to grow with the document, so would their indices: the 500 MB
+// document would hold 8-digit indices where the 10 MB one holds 6-digit
+// ones, and 14% fewer numbers per megabyte.
+DocumentOptions ScalingDocument(uint64_t bytes, uint64_t seed);
 
 // Writes a document of about `options.bytes` bytes (within a few percent;
 // small requests are padded up to a minimum of a few kilobytes): meshes,

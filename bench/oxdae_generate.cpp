@@ -2,7 +2,7 @@
 // benchmarks: meshes of a given size, or with --scene the animated scene
 // graph of the scene benchmark.
 //
-//   oxdae_generate [--megabytes N] [--seed N] OUT.dae
+//   oxdae_generate [--megabytes N] [--seed N] [--scaling] OUT.dae
 //   oxdae_generate --scene [--nodes N] [--channels N] [--keys N] [--seed N] OUT.dae
 //
 // N megabytes are N * 10^6 bytes (fractions allowed; default 50). The same
@@ -20,10 +20,12 @@ namespace {
 using oxdae_bench::ParseNumber;
 
 constexpr const char* kUsage =
-    "usage: oxdae_generate [--megabytes N] [--seed N] OUT.dae\n"
+    "usage: oxdae_generate [--megabytes N] [--seed N] [--scaling] OUT.dae\n"
     "       oxdae_generate --scene [--nodes N] [--channels N] [--keys N] [--seed N] OUT.dae\n"
     "  --megabytes N  document size in units of 10^6 bytes (default 50)\n"
     "  --seed N       seed of the generator (default 1)\n"
+    "  --scaling      the scaling benchmark's mix: more meshes and skins of the\n"
+    "                 same size, rather than larger ones, in a larger document\n"
     "  --scene        the scene benchmark's scene graph instead of meshes\n"
     "  --nodes N      nodes of the scene (default 100000)\n"
     "  --channels N   animation channels of the scene (default 1000)\n"
@@ -39,6 +41,7 @@ struct Arguments {
   double megabytes = 50.0;
   oxdae_bench::SceneOptions scene;  // its seed is `seed`, set when it is written
   bool isScene = false;
+  bool isScaling = false;
   std::string output;
 };
 
@@ -57,6 +60,8 @@ bool ParseArguments(int argc, char** argv, Arguments& args) {
     const std::string_view arg = argv[i];
     if (arg == "--scene") {
       args.isScene = true;
+    } else if (arg == "--scaling") {
+      args.isScaling = true;
     } else if (arg.starts_with("-")) {
       if (i + 1 >= argc || !ParseOption(arg, argv[++i], args)) return false;
     } else if (args.output.empty()) {
@@ -76,7 +81,10 @@ uint64_t Write(const Arguments& args) {
     return oxdae_bench::WriteSceneFile(scene, args.output).bytes;
   }
   const auto bytes = static_cast<uint64_t>(args.megabytes * 1e6);
-  return oxdae_bench::WriteDocumentFile({bytes, args.seed}, args.output);
+  const oxdae_bench::DocumentOptions options = args.isScaling
+                                                   ? oxdae_bench::ScalingDocument(bytes, args.seed)
+                                                   : oxdae_bench::DocumentOptions{bytes, args.seed};
+  return oxdae_bench::WriteDocumentFile(options, args.output);
 }
 
 }  // namespace

@@ -1,19 +1,23 @@
 // oxdae_scaling_bench: does loading stay linear in the size of the document?
-// Generates documents of several sizes, each with the same mix of content,
-// and reports, for each, the median
-// load time and the peak memory of a load per megabyte; the per-megabyte
-// figures of all sizes should lie within 15% of each other.
+// Generates documents of several sizes, each with the same mix of content
+// (see ScalingDocument), and reports, for each, the median load time and the
+// peak memory of a load per megabyte; the per-megabyte figures of all sizes
+// should lie within 15% of each other.
 //
 //   oxdae_scaling_bench [--sizes N,N,...] [--runs N] [--seed N]
 //
-// Sizes are in 10^6 bytes (default 10,50,200,500); each load is timed --runs
-// times (default 3), and more often for a small document, until loads of
-// 1,000 MB in all have been timed: five loads of 25 ms each give no stable
-// median on a machine whose background work comes in bursts of that length,
-// and the medians of all sizes then rest on as many bytes. Peak memory is
-// the growth of the resident set over one load in a fresh process
+// Sizes are in 10^6 bytes (default 10,50,200,500). The documents are timed
+// in --runs rounds (default 5), the sizes taking turns within each round and
+// their order reversed from one round to the next: this machine's speed
+// drifts by a third over seconds, and timed one after the other the sizes
+// would each meet a different speed. In a round each document is loaded
+// until 500 MB have been (a 500 MB one once, a 10 MB one 50 times: five
+// loads of 25 ms each give no stable figure on a machine whose background
+// work comes in bursts of that length); its figure for the round is the
+// median of those loads, and its load time the median of its rounds. Peak
+// memory is the growth of the resident set over one load in a fresh process
 // (oxdae_load_bench --peak-child, found beside this program). The documents
-// go to the temporary directory, one at a time, and are on the disk before
+// go to the temporary directory, all at once, and are on the disk before
 // they are timed.
 #include <fcntl.h>
 #include <unistd.h>
@@ -22,6 +26,7 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,15 +46,14 @@ constexpr const char* kProgram = "oxdae_scaling_bench";
 constexpr const char* kUsage =
     "usage: oxdae_scaling_bench [--sizes N,N,...] [--runs N] [--seed N]\n"
     "  --sizes N,N,...  document sizes in 10^6 bytes (default 10,50,200,500)\n"
-    "  --runs N         timed loads of each document, at least (default 3;\n"
-    "                   a small one is loaded until 1,000 MB have been)\n"
+    "  --runs N         rounds in which every document is timed (default 5)\n"
     "  --seed N         seed of the generated documents (default 1)\n";
 constexpr double kSpreadTarget = 1.15;  // largest / smallest per-megabyte figure
 constexpr oxdae_bench::TargetColumns kTargetColumns = {72, 20, 18};
 
 struct Options {
   std::vector<double> sizes = {10, 50, 200, 500};
-  int runs = 3;
+  int runs = 5;
   uint64_t seed = 1;
 };
 
@@ -79,10 +83,12 @@ bool ParseArguments(int argc, char** argv, Options& options) {
 }
 
 struct Row {
-  double megabytes = 0.0;  // actual size of the document
-  double loadSeconds = 0.0;
+  std::unique_ptr<oxdae_bench::TempFile> file;
+  double megabytes = 0.0;      // actual size of the document
+  oxdae_bench::Timing rounds;  // the median load of each round
   double peakBytes = 0.0;
-  double MsPerMB() const { return loadSeconds * 1e3 / megabytes; }
+  double LoadSeconds() const { return rounds.Median(); }
+  double MsPerMB() const { return LoadSeconds() * 1e3 / megabytes; }
   double PeakPerMB() const { return peakBytes / 1e6 / megabytes; }
 };
 
@@ -111,30 +117,47 @@ bool SyncToDisk(const std::string& path) {
   return close(fd) == 0 && synced;
 }
 
-// The bytes each size is loaded for at least (see the head of this file).
-constexpr double kTimedBytes = 1e9;
+// The bytes each document is loaded for in a round (see the head of this
+// file).
+constexpr double kRoundBytes = 5e8;
 
-bool Measure(double megabytes, const Options& options, Row& row) {
-  const oxdae_bench::TempFile file(kProgram, ".dae");
-  // The skin grows with the document (1,000,000 influences in 50 MB), so
-  // that every size has the same mix of content.
+// Writes the document of `megabytes` to the disk; false when it cannot.
+bool Generate(double megabytes, uint64_t seed, Row& row) {
+  row.file = std::make_unique<oxdae_bench::TempFile>(kProgram, Format("_%gMB.dae", megabytes));
   const auto wanted = static_cast<uint64_t>(megabytes * 1e6);
-  const auto influences = static_cast<uint32_t>(wanted / 50);
   const uint64_t bytes =
-      oxdae_bench::WriteDocumentFile({wanted, options.seed, influences}, file.Path());
-  if (bytes == 0 || !SyncToDisk(file.Path())) return false;
+      oxdae_bench::WriteDocumentFile(oxdae_bench::ScalingDocument(wanted, seed), row.file->Path());
   row.megabytes = static_cast<double>(bytes) / 1e6;
+  return bytes != 0 && SyncToDisk(row.file->Path());
+}
+
+// Loads the document until kRoundBytes have been loaded, and notes the
+// median of those loads; false when a load fails.
+bool TimeRound(Row& row) {
   oxdae_bench::Timing load;
-  const int runs = std::max(options.runs, static_cast<int>(std::ceil(kTimedBytes / bytes)));
-  for (int i = 0; i < runs; ++i) {
+  const auto loads = static_cast<int>(std::ceil(kRoundBytes / (row.megabytes * 1e6)));
+  for (int i = 0; i < loads; ++i) {
     OxDAEReader::oxDAEFile document;
     const oxdae_bench::Stopwatch watch;
-    if (document.Load(OxKernel::oxURI(file.Path())) != 0) return false;
+    if (document.Load(OxKernel::oxURI(row.file->Path())) != 0) return false;
     watch.Stop(load);
   }
-  row.loadSeconds = load.Median();
-  row.peakBytes = PeakBytes(file.Path());
-  return row.peakBytes > 0.0;
+  row.rounds.seconds.push_back(load.Median());
+  return true;
+}
+
+// Every round times every document, in turns (see the head of this file).
+bool TimeRounds(std::vector<Row>& rows, int rounds) {
+  for (int round = 0; round < rounds; ++round) {
+    for (size_t i = 0; i < rows.size(); ++i) {
+      Row& row = rows[round % 2 == 0 ? i : rows.size() - 1 - i];
+      if (!TimeRound(row)) {
+        std::fprintf(stderr, "%s: the %.1f MB document failed to load\n", kProgram, row.megabytes);
+        return false;
+      }
+    }
+  }
+  return true;
 }
 
 double Spread(const std::vector<Row>& rows, double (Row::*figure)() const) {
@@ -152,19 +175,25 @@ int Run(const Options& options) {
   const oxdae_bench::LogCounter log;
   std::printf("%s: load time and peak memory per megabyte across sizes\n", kProgram);
   oxdae_bench::PrintMachineLoad();
-  std::printf("\n  %10s %12s %10s %12s %10s\n", "size MB", "load ms", "ms / MB", "peak MB",
-              "peak / MB");
-  std::vector<Row> rows;
-  for (double megabytes : options.sizes) {
-    Row row;
-    if (!Measure(megabytes, options, row)) {
-      std::fprintf(stderr, "%s: the %g MB document failed\n", kProgram, megabytes);
+  std::vector<Row> rows(options.sizes.size());
+  for (size_t i = 0; i < rows.size(); ++i) {
+    if (!Generate(options.sizes[i], options.seed, rows[i])) {
+      std::fprintf(stderr, "%s: cannot write the %g MB document\n", kProgram, options.sizes[i]);
       return 1;
     }
-    std::printf("  %10.1f %12.1f %10.3f %12.1f %10.3f\n", row.megabytes, row.loadSeconds * 1e3,
+  }
+  if (!TimeRounds(rows, options.runs)) return 1;
+  std::printf("\n  %10s %12s %10s %12s %10s\n", "size MB", "load ms", "ms / MB", "peak MB",
+              "peak / MB");
+  for (Row& row : rows) {
+    row.peakBytes = PeakBytes(row.file->Path());
+    if (row.peakBytes <= 0.0) {
+      std::fprintf(stderr, "%s: the %.1f MB document failed in a fresh process\n", kProgram,
+                   row.megabytes);
+      return 1;
+    }
+    std::printf("  %10.1f %12.1f %10.3f %12.1f %10.3f\n", row.megabytes, row.LoadSeconds() * 1e3,
                 row.MsPerMB(), row.peakBytes / 1e6, row.PeakPerMB());
-    std::fflush(stdout);
-    rows.push_back(row);
   }
   const double time = Spread(rows, &Row::MsPerMB);
   const double memory = Spread(rows, &Row::PeakPerMB);
