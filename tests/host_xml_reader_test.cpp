@@ -923,6 +923,23 @@ TEST(HostXMLReader, ReadsAFileNamedByAFileURI) {
   EXPECT_EQ(text, "text");
 }
 
+// A file of 4 MB or more is read in pieces side by side; every byte must
+// land where it belongs, across the pieces' 2 MB boundaries and up to an end
+// that is on no boundary.
+TEST(HostXMLReader, LargeFileReadInPiecesKeepsEveryByte) {
+  std::string text;
+  for (uint32_t i = 0; text.size() < (size_t{9} << 20) + 12'345; ++i)
+    text += std::to_string(i) + (i % 16 == 15 ? '\n' : ' ');
+  TempFile file("<r>" + text + "</r>");
+  oxRefPtr<oxXMLReader> reader;
+  ASSERT_EQ(OpenFile(file.URI(), reader), kXMLOk);
+  ASSERT_EQ(reader->MoveNext(), kXMLOk);
+  const oxXMLTextValue* value = reader->GetTextValue();
+  ASSERT_NE(value, nullptr);
+  EXPECT_EQ(value->GetText().size(), text.size());
+  EXPECT_TRUE(value->GetText() == text);
+}
+
 TEST(HostXMLReader, ReadsAPipeOfUnknownLength) {
   const std::string path =
       (std::filesystem::temp_directory_path() / ("oxdae_pipe_" + std::to_string(getpid())))
