@@ -182,6 +182,11 @@ int Run(const Options& options) {
       return 1;
     }
   }
+  std::printf("  documents");
+  for (const Row& row : rows)
+    std::printf(" %.1f", row.megabytes);
+  std::printf(" MB written; timing them in %d rounds\n", options.runs);
+  std::fflush(stdout);
   if (!TimeRounds(rows, options.runs)) return 1;
   std::printf("\n  %10s %12s %10s %12s %10s\n", "size MB", "load ms", "ms / MB", "peak MB",
               "peak / MB");
