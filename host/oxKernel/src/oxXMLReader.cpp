@@ -6,13 +6,13 @@
 #include <thread>
 #include <vector>
 
-#include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <pugixml.hpp>
 
 #include "oxKernel/oxCharacter.h"
 #include "oxKernel/oxLog.h"
+#include "oxKernel/oxParallel.h"
 #include "oxKernel/oxXML.h"
 #include "oxNumberText.h"
 
@@ -413,45 +413,8 @@ constexpr size_t kMostPieces = 8;
 // The pieces start on large-page boundaries, so that no page is faulted in
 // by two threads at once.
 constexpr size_t kPieceAlignment = size_t{2} << 20;
-// The stack of a reading thread: it only calls pread. A default stack
-// would take 8 MB of address space from a process that limits it.
+// The stack of a reading thread: it only calls pread.
 constexpr size_t kReaderStack = size_t{256} << 10;
-
-// Runs `work(i)` for every i below `count`: i = 0 on the calling thread, the
-// others each on a thread of its own with a small stack, or on the calling
-// thread when no thread can be started; returns when all are done.
-template <class Work>
-void RunSideBySide(size_t count, Work& work) {
-  struct Start {
-    Work* work;
-    size_t i;
-  };
-  std::vector<Start> starts(count);
-  // Room for every thread up front: once one runs, nothing may throw.
-  std::vector<pthread_t> threads;
-  threads.reserve(count);
-  pthread_attr_t attributes;
-  const bool ready = pthread_attr_init(&attributes) == 0;
-  const bool small = ready && pthread_attr_setstacksize(&attributes, kReaderStack) == 0;
-  for (size_t i = 1; i < count; ++i) {
-    starts[i] = {&work, i};
-    pthread_t thread;
-    const auto run = [](void* start) -> void* {
-      const auto* s = static_cast<const Start*>(start);
-      (*s->work)(s->i);
-      return nullptr;
-    };
-    if (small && pthread_create(&thread, &attributes, run, &starts[i]) == 0) {
-      threads.push_back(thread);
-    } else {
-      work(i);
-    }
-  }
-  if (ready) pthread_attr_destroy(&attributes);
-  if (count > 0) work(0);
-  for (pthread_t thread : threads)
-    pthread_join(thread, nullptr);
-}
 
 // Reads the first `size` bytes of the file `fd` into `into`, in one piece
 // per core read side by side when the file is large: most of the time of
@@ -481,12 +444,14 @@ size_t ReadPieces(int fd, char* into, size_t size, int& error) {
       read[i] += static_cast<size_t>(n);
     }
   };
-  RunSideBySide(pieces, readPiece);
+  oxParallelFor(pieces, readPiece, kReaderStack);
   size_t done = 0;
   for (size_t i = 0; i < pieces; ++i) {
     done += read[i];
-    error = errors[i];
-    if (done < std::min(size, (i + 1) * piece)) break;
+    if (done < std::min(size, (i + 1) * piece)) {
+      error = errors[i];
+      break;
+    }
   }
   return done;
 }
