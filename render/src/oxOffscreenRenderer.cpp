@@ -70,8 +70,7 @@ void OpenAndWarmUp() {
   if (const auto warmUp = reinterpret_cast<WarmUpFn>(dlsym(handle, "oxRenderGLWarmUp"))) warmUp();
 }
 
-// The thread Prepare started, if any. Its shared state waits for the thread
-// at exit if the process ends before it does.
+// The thread Prepare started, if any.
 std::mutex g_preparingLock;
 std::shared_future<void> g_preparing;
 
@@ -93,7 +92,7 @@ oxOffscreenRenderer::oxOffscreenRenderer(int width, int height)
   m_context->width = width;
   m_context->height = height;
   // The context Prepare's thread warms up is taken once it is ready.
-  if (const std::shared_future<void> preparing = Preparing(); preparing.valid()) preparing.wait();
+  FinishPreparing();
   const GLModule& module = LoadGLModule();
   if (module.create) m_context->handle = module.create(width, height);
 }
@@ -111,6 +110,10 @@ void oxOffscreenRenderer::Prepare() {
   } catch (const std::system_error&) {
     // No thread to be had: the first renderer opens the module itself.
   }
+}
+
+void oxOffscreenRenderer::FinishPreparing() {
+  if (const std::shared_future<void> preparing = Preparing(); preparing.valid()) preparing.wait();
 }
 
 bool oxOffscreenRenderer::IsValid() const {
