@@ -72,8 +72,8 @@ TEST(RenderCube, WarmedUpContextDrawsWhatANewOneDraws) {
   EXPECT_TRUE(warmed.rgba == fresh.rgba);
 }
 
-// A process that prepares the renderer and ends soon after, having waited
-// for the preparation, ends cleanly: were it to end while the drawing module
+// A process that prepares the renderer in a Preparation scope and ends soon
+// after leaving it ends cleanly: were it to end while the drawing module
 // is being mapped, exit would destroy the module's static objects under the
 // thread building them (without the wait, runs ending 42 to 81 ms after
 // Prepare crashed or hung). Each run is a child that ends 3 ms later than
@@ -84,9 +84,10 @@ TEST(RenderCube, ProcessEndingRightAfterPreparingEnds) {
     const pid_t child = fork();
     ASSERT_NE(child, -1);
     if (child == 0) {
-      oxOffscreenRenderer::Prepare();
-      usleep(static_cast<useconds_t>(run) * 3'000);
-      oxOffscreenRenderer::FinishPreparing();
+      {
+        const oxOffscreenRenderer::Preparation preparation;
+        usleep(static_cast<useconds_t>(run) * 3'000);
+      }
       std::exit(0);
     }
     int status = 0;

@@ -47,6 +47,17 @@ class oxOffscreenRenderer {
   // once when there is none. Making a renderer calls it.
   static void FinishPreparing();
 
+  // Calls Prepare() when made and FinishPreparing() when it goes, so that
+  // no way out of its scope (an early return, an exception) lets the
+  // process end while the module is being mapped.
+  class Preparation {
+   public:
+    Preparation() { Prepare(); }
+    ~Preparation() { FinishPreparing(); }
+    Preparation(const Preparation&) = delete;
+    Preparation& operator=(const Preparation&) = delete;
+  };
+
   // Draws `scene` seen through `view` on the background colour.
   //
   // One directional white light shines from the viewer's side (fixed in

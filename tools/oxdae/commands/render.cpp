@@ -70,24 +70,14 @@ int RunSheet(const RenderOptions& options, int width, int height) {
   return Write(sheet, options.out) ? kExitOK : kExitFailure;
 }
 
-// Maps the drawing module while the command loads its document, and waits
-// for that before the command returns on any path: the process must not
-// end while the module is being mapped (a document that fails early would
-// otherwise race it).
-class PreparedRenderer {
- public:
-  PreparedRenderer() { OxDAERender::oxOffscreenRenderer::Prepare(); }
-  ~PreparedRenderer() { OxDAERender::oxOffscreenRenderer::FinishPreparing(); }
-  PreparedRenderer(const PreparedRenderer&) = delete;
-  PreparedRenderer& operator=(const PreparedRenderer&) = delete;
-};
-
 int RunRender(const RenderOptions& options) {
   int width = 512;
   int height = 512;
   if (!options.sheet.empty() && options.size.empty()) width = height = 128;
   if (!options.size.empty()) ParseSize(options.size, width, height);
-  const PreparedRenderer prepared;
+  // The drawing module is mapped while the document loads, and waited for
+  // before the command returns, whichever way it does.
+  const OxDAERender::oxOffscreenRenderer::Preparation preparation;
   if (!options.sheet.empty()) return RunSheet(options, width, height);
   LogCounter log;
   OxDAEReader::oxDAEFile document;
