@@ -164,6 +164,28 @@ void DrawCurrent(const oxRenderScene& scene, const oxRenderView& view, const oxD
   glFinish();
 }
 
+// Draws the depth of the opaque triangles of `scene`, writing no colour,
+// and reads the depth buffer into `depths`.
+void DrawDepths(const oxRenderScene& scene, const oxRenderView& view, int width, int height,
+                float* depths) {
+  SetUpState(view, width, height);
+  glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
+  glDisable(GL_LIGHTING);
+  glDisable(GL_TEXTURE_2D);
+  glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+  glDisableClientState(GL_NORMAL_ARRAY);
+  glEnableClientState(GL_VERTEX_ARRAY);
+  for (const oxRenderBatch& batch : scene.batches) {
+    if (batch.lines || batch.indices.empty() || scene.IsBlended(batch)) continue;
+    glVertexPointer(3, GL_FLOAT, 0, batch.vertices->positions.data());
+    glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(batch.indices.size()), GL_UNSIGNED_INT,
+                   batch.indices.data());
+  }
+  glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+  glPixelStorei(GL_PACK_ALIGNMENT, 1);
+  glReadPixels(0, 0, width, height, GL_DEPTH_COMPONENT, GL_FLOAT, depths);
+}
+
 // The context oxRenderGLWarmUp made, until oxRenderGLCreate takes it.
 std::mutex g_warmLock;
 OSMesaContext g_warm = nullptr;
@@ -193,7 +215,8 @@ using OxDAERender::GLContext;
 extern "C" {
 
 // Makes a context and draws one lit, opaque triangle with it into a few
-// pixels, then lets go of it for the next renderer made, on whatever
+// pixels, then the triangle's depth alone (the drawing before culling),
+// then lets go of it for the next renderer made, on whatever
 // thread. A context's first drawing compiles the programs its state needs
 // (about 0.1 s of LLVM); done here, on a thread of its own, that overlaps
 // the loading of the document. Logs nothing.
@@ -212,6 +235,8 @@ __attribute__((visibility("default"))) void oxRenderGLWarmUp() {
     scene.batches.push_back({vertices, {}, false, 0});
     scene.batches.back().indices.assign({0, 1, 2});
     DrawCurrent(scene, oxRenderView{}, oxDrawOptions{}, kSide, kSide);
+    float depths[kSide * kSide];
+    DrawDepths(scene, oxRenderView{}, kSide, kSide, depths);
     OSMesaMakeCurrent(nullptr, nullptr, 0, 0, 0);
   }
   const std::lock_guard<std::mutex> lock(g_warmLock);
@@ -250,6 +275,20 @@ __attribute__((visibility("default"))) const uint8_t* oxRenderGLDraw(
     return nullptr;
   OxDAERender::DrawCurrent(*scene, *view, *options, c.width, c.height);
   return c.buffer.data();
+}
+
+// Draws the opaque triangles of `scene` into the depth buffer alone and
+// copies it to `depths` (width x height values, 0 at the near plane and 1
+// at the far one, the bottom row first). False when the context cannot be
+// made current.
+__attribute__((visibility("default"))) bool oxRenderGLDepths(
+    void* handle, const OxDAERender::oxRenderScene* scene, const OxDAERender::oxRenderView* view,
+    float* depths) {
+  GLContext& c = *static_cast<GLContext*>(handle);
+  if (!OSMesaMakeCurrent(c.context, c.buffer.data(), GL_UNSIGNED_BYTE, c.width, c.height))
+    return false;
+  OxDAERender::DrawDepths(*scene, *view, c.width, c.height, depths);
+  return true;
 }
 
 }  // extern "C"

@@ -18,12 +18,14 @@ using CreateFn = void* (*)(int, int);
 using DestroyFn = void (*)(void*);
 using DrawFn = const uint8_t* (*)(void*, const oxRenderScene*, const oxRenderView*,
                                   const oxDrawOptions*);
+using DepthsFn = bool (*)(void*, const oxRenderScene*, const oxRenderView*, float*);
 
 // The drawing module's entry points; all null when it cannot be loaded.
 struct GLModule {
   CreateFn create = nullptr;
   DestroyFn destroy = nullptr;
   DrawFn draw = nullptr;
+  DepthsFn depths = nullptr;
 };
 
 // Opens the module: from the lib folder beside the program's bin folder,
@@ -55,7 +57,8 @@ const GLModule& LoadGLModule() {
     loaded.create = reinterpret_cast<CreateFn>(dlsym(handle, "oxRenderGLCreate"));
     loaded.destroy = reinterpret_cast<DestroyFn>(dlsym(handle, "oxRenderGLDestroy"));
     loaded.draw = reinterpret_cast<DrawFn>(dlsym(handle, "oxRenderGLDraw"));
-    if (!loaded.create || !loaded.destroy || !loaded.draw) return GLModule{};
+    loaded.depths = reinterpret_cast<DepthsFn>(dlsym(handle, "oxRenderGLDepths"));
+    if (!loaded.create || !loaded.destroy || !loaded.draw || !loaded.depths) return GLModule{};
     return loaded;
   }();
   return module;
@@ -137,6 +140,14 @@ oxPicture oxOffscreenRenderer::Draw(const oxRenderScene& scene, const oxRenderVi
   for (size_t i = 3; i < picture.rgba.size(); i += 4)
     picture.rgba[i] = 255;
   return picture;
+}
+
+std::vector<float> oxOffscreenRenderer::Depths(const oxRenderScene& scene,
+                                               const oxRenderView& view) {
+  const Context& c = *m_context;
+  std::vector<float> depths(c.handle ? static_cast<size_t>(c.width) * c.height : 0);
+  if (c.handle && !LoadGLModule().depths(c.handle, &scene, &view, depths.data())) depths.clear();
+  return depths;
 }
 
 }  // namespace OxDAERender

@@ -33,12 +33,16 @@ bool ListDocuments(const std::string& folder, std::vector<std::filesystem::path>
 }
 
 // Draws `scene` seen as ViewOf frames it for the renderer's picture. What
-// cannot colour a pixel is dropped first, unless triangle edges are drawn:
-// an edge may colour pixels its triangle does not.
+// cannot colour a pixel is dropped first, judged against the depth the
+// renderer draws for the nearest large triangles, unless triangle edges
+// are drawn: an edge may colour pixels its triangle does not.
 oxPicture DrawScene(oxOffscreenRenderer& renderer, oxRenderScene& scene, int width, int height,
                     bool yUp, const oxDrawOptions& options) {
   const oxRenderView view = ViewOf(scene, width, height, yUp);
-  if (!options.wireframe) DropUnseenTriangles(scene, view, width, height);
+  if (!options.wireframe)
+    DropUnseenTriangles(scene, view, width, height, [&](const oxRenderScene& occluders) {
+      return renderer.Depths(occluders, view);
+    });
   return renderer.Draw(scene, view, options);
 }
 

@@ -150,6 +150,154 @@ std::optional<DepthPlane> PlaneOf(const WindowVertex& a, const WindowVertex& b,
                     (ux * vz - vx * uz) / doubleArea};
 }
 
+// An edge as the half-plane nx x + ny y + d >= 0 that holds the triangle,
+// (nx, ny) of unit length.
+struct Edge {
+  double nx = 0.0;
+  double ny = 0.0;
+  double d = 0.0;
+  double inverseNx = 0.0;  // 1 / nx, 0 when nx is
+};
+
+std::array<Edge, 3> EdgesOf(const WindowVertex& a, const WindowVertex& b, const WindowVertex& c) {
+  const double turn = (b.x - a.x) * (c.y - a.y) - (c.x - a.x) * (b.y - a.y) > 0 ? 1.0 : -1.0;
+  const WindowVertex* corners[3] = {&a, &b, &c};
+  std::array<Edge, 3> edges;
+  for (int i = 0; i < 3; ++i) {
+    const WindowVertex& p = *corners[i];
+    const WindowVertex& q = *corners[(i + 1) % 3];
+    const double nx = -(q.y - p.y) * turn;
+    const double ny = (q.x - p.x) * turn;
+    const double length = std::sqrt(nx * nx + ny * ny);
+    edges[i] = {nx / length, ny / length, -(nx * p.x + ny * p.y) / length,
+                nx != 0.0 ? length / nx : 0.0};
+  }
+  return edges;
+}
+
+// An edge from (x, y) on, rising by `rise` over its height, with its run
+// per unit of height (0 for a level edge).
+struct Side {
+  double x = 0.0;
+  double y = 0.0;
+  double rise = 0.0;
+  double run = 0.0;
+};
+
+std::array<Side, 3> SidesOf(const WindowVertex& a, const WindowVertex& b, const WindowVertex& c) {
+  const WindowVertex* corners[3] = {&a, &b, &c};
+  std::array<Side, 3> sides;
+  for (int i = 0; i < 3; ++i) {
+    const WindowVertex& p = *corners[i];
+    const WindowVertex& q = *corners[(i + 1) % 3];
+    const double rise = double{q.y} - p.y;
+    sides[i] = {p.x, p.y, rise, rise != 0.0 ? (double{q.x} - p.x) / rise : 0.0};
+  }
+  return sides;
+}
+
+// The leftmost and rightmost x of the triangle between heights low and
+// high; false when it does not reach there.
+bool SpanInBand(const std::array<Side, 3>& sides, double low, double high, double& left,
+                double& right) {
+  left = HUGE_VAL;
+  right = -HUGE_VAL;
+  for (const Side& side : sides) {
+    if (side.y >= low && side.y <= high) {
+      left = std::min(left, side.x);
+      right = std::max(right, side.x);
+    }
+    for (const double y : {low, high}) {
+      // Strictly between the edge's ends: its ends are the corners above.
+      const double up = y - side.y;
+      if (!(side.rise > 0.0 ? up > 0.0 && up < side.rise : up < 0.0 && up > side.rise)) continue;
+      const double x = side.x + up * side.run;
+      left = std::min(left, x);
+      right = std::max(right, x);
+    }
+  }
+  return left <= right;
+}
+
+// The window coordinates of the first and last pixel centres of cell
+// `index` along an axis of `extent` pixels.
+std::pair<double, double> Centres(int index, int extent) {
+  return {index * kCell + 0.5, std::min(index * kCell + kCell, extent) - 0.5};
+}
+
+// What of a triangle the hiding tests read: the plane its depth lies on,
+// its sides, and the heights it may colour pixel centres between (its own
+// widened by kSlack).
+struct Footprint {
+  DepthPlane plane;
+  std::array<Side, 3> sides;
+  std::array<Edge, 3> edges;
+  double bottom = 0.0;
+  double top = 0.0;
+};
+
+// The footprint of a triangle of at least one square pixel wholly in front
+// of the eye; none for any other, which no test may call hidden.
+std::optional<Footprint> FootprintOf(const WindowVertex& a, const WindowVertex& b,
+                                     const WindowVertex& c) {
+  if (!(a.placed && b.placed && c.placed)) return std::nullopt;
+  const std::optional<DepthPlane> plane = PlaneOf(a, b, c);
+  if (!plane) return std::nullopt;
+  return Footprint{*plane, SidesOf(a, b, c), EdgesOf(a, b, c), std::min({a.y, b.y, c.y}) - kSlack,
+                   std::max({a.y, b.y, c.y}) + kSlack};
+}
+
+// The cells of kCell x kCell pixels over a picture, row by row from the
+// bottom; those of the last column and row may be partial.
+struct Cells {
+  Cells(int pictureWidth, int pictureHeight)
+      : width(pictureWidth),
+        height(pictureHeight),
+        columns((pictureWidth + kCell - 1) / kCell),
+        rows((pictureHeight + kCell - 1) / kCell) {}
+
+  size_t Count() const { return static_cast<size_t>(columns) * static_cast<size_t>(rows); }
+  size_t Index(int column, int row) const {
+    return static_cast<size_t>(row) * static_cast<size_t>(columns) + static_cast<size_t>(column);
+  }
+
+  int width;
+  int height;
+  int columns;
+  int rows;
+};
+
+// Whether `hidden(column, row, nearest)` holds for every cell
+// where the triangle may colour a pixel centre; `nearest` is its nearest
+// depth there. False when it may colour none.
+template <typename Hidden>
+bool HiddenInEveryCell(const Footprint& footprint, const Cells& cells, Hidden&& hidden) {
+  const int firstRow = FloorCell(footprint.bottom - 0.5);
+  const int lastRow =
+      footprint.top >= 0.5 ? std::min(cells.rows - 1, FloorCell(footprint.top - 0.5)) : -1;
+  bool examined = false;
+  for (int row = firstRow; row <= lastRow; ++row) {
+    const auto [yl, yh] = Centres(row, cells.height);
+    const double bandLow = std::max(yl - kSlack, footprint.bottom);
+    const double bandHigh = std::min(yh + kSlack, footprint.top);
+    double left = 0.0;
+    double right = 0.0;
+    if (!SpanInBand(footprint.sides, bandLow, bandHigh, left, right)) continue;
+    left -= kSlack;
+    right += kSlack;
+    const int firstColumn = CeilCell(left - (kCell - 0.5));
+    const int lastColumn = right >= 0.5 ? std::min(cells.columns - 1, FloorCell(right - 0.5)) : -1;
+    for (int column = firstColumn; column <= lastColumn; ++column) {
+      const auto [xl, xh] = Centres(column, cells.width);
+      const double nearest = footprint.plane.Least(std::max(xl - kSlack, left),
+                                                   std::min(xh + kSlack, right), bandLow, bandHigh);
+      if (!hidden(column, row, nearest)) return false;
+      examined = true;
+    }
+  }
+  return examined;
+}
+
 // A coarse grid over the picture holding, per cell, a depth that every
 // pixel centre of the cell reaches or passes once the opaque triangles are
 // drawn (kNothing while none is known). A triangle that lies farther than
@@ -160,17 +308,15 @@ std::optional<DepthPlane> PlaneOf(const WindowVertex& a, const WindowVertex& b,
 class OcclusionGrid {
  public:
   OcclusionGrid(int width, int height)
-      : m_width(width),
-        m_height(height),
-        m_columns((width + kCell - 1) / kCell),
-        m_rows((height + kCell - 1) / kCell),
-        m_depth(static_cast<size_t>(m_columns) * static_cast<size_t>(m_rows), kNothing) {}
+      : m_cells(width, height),
+        m_depth(m_cells.Count(), kNothing),
+        m_owner(m_depth.size(), kNoOwner) {}
 
   // Lowers each cell whose pixel centres all lie inside the triangle (by
   // kSlack) to the triangle's farthest depth over them and kSlack around.
   // The triangle must lie in front of the eye and between the near and far
   // planes, where nothing of it is clipped away.
-  void Cover(const WindowVertex& a, const WindowVertex& b, const WindowVertex& c) {
+  void Cover(const WindowVertex& a, const WindowVertex& b, const WindowVertex& c, uint64_t owner) {
     const double top = std::max({a.y, b.y, c.y});
     const double bottom = std::min({a.y, b.y, c.y});
     // Narrower or lower than the pixel centres of a whole cell span: such a
@@ -183,12 +329,12 @@ class OcclusionGrid {
     if (!plane) return;
     const std::array<Edge, 3> edges = EdgesOf(a, b, c);
     const int firstRow = FloorCell(bottom);
-    const int lastRow = top > 0.0 ? std::min(m_rows - 1, FloorCell(top)) : -1;
+    const int lastRow = top > 0.0 ? std::min(m_cells.rows - 1, FloorCell(top)) : -1;
     for (int row = firstRow; row <= lastRow; ++row) {
-      const auto [yl, yh] = Centres(row, m_height);
+      const auto [yl, yh] = Centres(row, m_cells.height);
       // The cells' left and right centres must lie in [low, high].
       double low = -1.0;
-      double high = m_width + 1.0;
+      double high = m_cells.width + 1.0;
       for (const Edge& edge : edges) {
         const double needed = kSlack - edge.d - std::min(edge.ny * yl, edge.ny * yh);
         if (edge.nx > 0.0) low = std::max(low, needed * edge.inverseNx);
@@ -196,14 +342,17 @@ class OcclusionGrid {
         if (edge.nx == 0.0 && needed > 0.0) high = low - 1.0;
       }
       if (!(low <= high)) continue;
-      for (int column = CeilCell(low - 0.5); column < m_columns; ++column) {
-        const auto [xl, xh] = Centres(column, m_width);
+      for (int column = CeilCell(low - 0.5); column < m_cells.columns; ++column) {
+        const auto [xl, xh] = Centres(column, m_cells.width);
         if (xh > high) break;
         // The rasteriser's plane passes through its own vertex positions:
         // its depth at a centre is this plane's up to kSlack away.
         const double farthest = plane->Most(xl - kSlack, xh + kSlack, yl - kSlack, yh + kSlack);
-        float& depth = m_depth[Cell(column, row)];
-        depth = std::min(depth, static_cast<float>(farthest));
+        const size_t cell = m_cells.Index(column, row);
+        if (static_cast<float>(farthest) < m_depth[cell]) {
+          m_depth[cell] = static_cast<float>(farthest);
+          m_owner[cell] = owner;
+        }
       }
     }
   }
@@ -213,132 +362,117 @@ class OcclusionGrid {
   // that cell. False for a triangle of less than a square pixel, and for
   // one reaching behind the eye.
   bool Hides(const WindowVertex& a, const WindowVertex& b, const WindowVertex& c) const {
-    if (!(a.placed && b.placed && c.placed)) return false;
-    const std::optional<DepthPlane> plane = PlaneOf(a, b, c);
-    if (!plane) return false;
-    const std::array<Side, 3> sides = SidesOf(a, b, c);
-    const double top = std::max({a.y, b.y, c.y}) + kSlack;
-    const double bottom = std::min({a.y, b.y, c.y}) - kSlack;
-    const int firstRow = FloorCell(bottom - 0.5);
-    const int lastRow = top >= 0.5 ? std::min(m_rows - 1, FloorCell(top - 0.5)) : -1;
-    bool examined = false;
-    for (int row = firstRow; row <= lastRow; ++row) {
-      const auto [yl, yh] = Centres(row, m_height);
-      const double bandLow = std::max(yl - kSlack, bottom);
-      const double bandHigh = std::min(yh + kSlack, top);
-      double left = 0.0;
-      double right = 0.0;
-      if (!SpanInBand(sides, bandLow, bandHigh, left, right)) continue;
-      left -= kSlack;
-      right += kSlack;
-      const int firstColumn = CeilCell(left - (kCell - 0.5));
-      const int lastColumn = right >= 0.5 ? std::min(m_columns - 1, FloorCell(right - 0.5)) : -1;
-      for (int column = firstColumn; column <= lastColumn; ++column) {
-        const auto [xl, xh] = Centres(column, m_width);
-        const double nearest = plane->Least(std::max(xl - kSlack, left),
-                                            std::min(xh + kSlack, right), bandLow, bandHigh);
-        if (!(nearest > m_depth[Cell(column, row)] + kDepthMargin)) return false;
-        examined = true;
-      }
-    }
-    return examined;
+    const std::optional<Footprint> footprint = FootprintOf(a, b, c);
+    return footprint &&
+           HiddenInEveryCell(*footprint, m_cells, [this](int column, int row, double nearest) {
+             return nearest > m_depth[m_cells.Index(column, row)] + kDepthMargin;
+           });
   }
 
   // Keeps, cell by cell, the nearer of this grid's depth and `other`'s.
   void Merge(const OcclusionGrid& other) {
-    for (size_t i = 0; i < m_depth.size(); ++i)
-      m_depth[i] = std::min(m_depth[i], other.m_depth[i]);
+    for (size_t i = 0; i < m_depth.size(); ++i) {
+      if (other.m_depth[i] < m_depth[i]) {
+        m_depth[i] = other.m_depth[i];
+        m_owner[i] = other.m_owner[i];
+      }
+    }
+  }
+
+  // The triangles that set some cell's depth, each once, in order: the
+  // nearest large triangles, which hide most of what lies behind.
+  std::vector<uint64_t> Owners() const {
+    std::vector<uint64_t> owners;
+    for (const uint64_t owner : m_owner) {
+      if (owner != kNoOwner) owners.push_back(owner);
+    }
+    std::sort(owners.begin(), owners.end());
+    owners.erase(std::unique(owners.begin(), owners.end()), owners.end());
+    return owners;
   }
 
  private:
   static constexpr float kNothing = 2.0f;  // beyond the far plane's depth of 1
+  static constexpr uint64_t kNoOwner = UINT64_MAX;
 
-  // An edge as the half-plane nx x + ny y + d >= 0 that holds the triangle,
-  // (nx, ny) of unit length.
-  struct Edge {
-    double nx = 0.0;
-    double ny = 0.0;
-    double d = 0.0;
-    double inverseNx = 0.0;  // 1 / nx, 0 when nx is
-  };
-
-  static std::array<Edge, 3> EdgesOf(const WindowVertex& a, const WindowVertex& b,
-                                     const WindowVertex& c) {
-    const double turn = (b.x - a.x) * (c.y - a.y) - (c.x - a.x) * (b.y - a.y) > 0 ? 1.0 : -1.0;
-    const WindowVertex* corners[3] = {&a, &b, &c};
-    std::array<Edge, 3> edges;
-    for (int i = 0; i < 3; ++i) {
-      const WindowVertex& p = *corners[i];
-      const WindowVertex& q = *corners[(i + 1) % 3];
-      const double nx = -(q.y - p.y) * turn;
-      const double ny = (q.x - p.x) * turn;
-      const double length = std::sqrt(nx * nx + ny * ny);
-      edges[i] = {nx / length, ny / length, -(nx * p.x + ny * p.y) / length,
-                  nx != 0.0 ? length / nx : 0.0};
-    }
-    return edges;
-  }
-
-  // An edge from (x, y) on, rising by `rise` over its height, with its run
-  // per unit of height (0 for a level edge).
-  struct Side {
-    double x = 0.0;
-    double y = 0.0;
-    double rise = 0.0;
-    double run = 0.0;
-  };
-
-  static std::array<Side, 3> SidesOf(const WindowVertex& a, const WindowVertex& b,
-                                     const WindowVertex& c) {
-    const WindowVertex* corners[3] = {&a, &b, &c};
-    std::array<Side, 3> sides;
-    for (int i = 0; i < 3; ++i) {
-      const WindowVertex& p = *corners[i];
-      const WindowVertex& q = *corners[(i + 1) % 3];
-      const double rise = double{q.y} - p.y;
-      sides[i] = {p.x, p.y, rise, rise != 0.0 ? (double{q.x} - p.x) / rise : 0.0};
-    }
-    return sides;
-  }
-
-  // The leftmost and rightmost x of the triangle between heights low and
-  // high; false when it does not reach there.
-  static bool SpanInBand(const std::array<Side, 3>& sides, double low, double high, double& left,
-                         double& right) {
-    left = HUGE_VAL;
-    right = -HUGE_VAL;
-    for (const Side& side : sides) {
-      if (side.y >= low && side.y <= high) {
-        left = std::min(left, side.x);
-        right = std::max(right, side.x);
-      }
-      for (const double y : {low, high}) {
-        // Strictly between the edge's ends: its ends are the corners above.
-        const double up = y - side.y;
-        if (!(side.rise > 0.0 ? up > 0.0 && up < side.rise : up < 0.0 && up > side.rise)) continue;
-        const double x = side.x + up * side.run;
-        left = std::min(left, x);
-        right = std::max(right, x);
-      }
-    }
-    return left <= right;
-  }
-
-  // The window coordinates of the first and last pixel centres of cell
-  // `index` along an axis of `extent` pixels.
-  static std::pair<double, double> Centres(int index, int extent) {
-    return {index * kCell + 0.5, std::min(index * kCell + kCell, extent) - 0.5};
-  }
-
-  size_t Cell(int column, int row) const {
-    return static_cast<size_t>(row) * static_cast<size_t>(m_columns) + static_cast<size_t>(column);
-  }
-
-  int m_width;
-  int m_height;
-  int m_columns;
-  int m_rows;
+  Cells m_cells;
   std::vector<float> m_depth;
+  // The triangle that set each cell's depth: its batch in the high half,
+  // its number in the batch in the low half.
+  std::vector<uint64_t> m_owner;
+};
+
+// The depth buffer left by drawing some of the opaque triangles first (see
+// oxOffscreenRenderer::Depths), with the farthest depth of each cell.
+// Drawing the rest only brings pixels nearer, so a triangle that lies
+// beyond this buffer by kDepthMargin at every pixel centre it may colour
+// loses the depth test there, whatever the order: dropping it leaves the
+// picture as it is. Unlike the grid, it knows depth per pixel, wherever
+// the triangles drawn first meet.
+class DrawnDepths {
+ public:
+  DrawnDepths(std::vector<float> depths, int width, int height)
+      : m_cells(width, height), m_depths(std::move(depths)), m_farthest(m_cells.Count(), 0.0f) {
+    for (int y = 0; y < height; ++y) {
+      for (int x = 0; x < width; ++x) {
+        float& farthest = m_farthest[m_cells.Index(x / kCell, y / kCell)];
+        farthest = std::max(farthest, At(x, y));
+      }
+    }
+  }
+
+  // Whether the triangle lies beyond the buffer at every pixel centre it
+  // may colour: judged per cell by the cell's farthest depth, and pixel by
+  // pixel in the cells where that does not settle it.
+  bool Hides(const WindowVertex& a, const WindowVertex& b, const WindowVertex& c) const {
+    const std::optional<Footprint> footprint = FootprintOf(a, b, c);
+    return footprint &&
+           HiddenInEveryCell(
+               *footprint, m_cells, [this, &footprint](int column, int row, double nearest) {
+                 return nearest > m_farthest[m_cells.Index(column, row)] + kDepthMargin ||
+                        HiddenAtEveryCentre(column, row, *footprint);
+               });
+  }
+
+ private:
+  // Pixel by pixel over one cell: a centre the triangle may colour is one
+  // whose square of kSlack around it reaches inside every edge, and the
+  // triangle's depth there is its nearest over that square.
+  bool HiddenAtEveryCentre(int column, int row, const Footprint& f) const {
+    const DepthPlane& plane = f.plane;
+    const double reach = kSlack * (std::abs(plane.dx) + std::abs(plane.dy));
+    std::array<double, 3> edgeReach;
+    for (size_t i = 0; i < 3; ++i)
+      edgeReach[i] = kSlack * (std::abs(f.edges[i].nx) + std::abs(f.edges[i].ny));
+    const int lastY = std::min((row + 1) * kCell, m_cells.height) - 1;
+    const int lastX = std::min((column + 1) * kCell, m_cells.width) - 1;
+    for (int y = row * kCell; y <= lastY; ++y) {
+      const double yc = y + 0.5;
+      if (yc < f.bottom || yc > f.top) continue;
+      for (int x = column * kCell; x <= lastX; ++x) {
+        const double xc = x + 0.5;
+        bool inside = true;
+        for (size_t i = 0; i < 3 && inside; ++i) {
+          const Edge& e = f.edges[i];
+          inside = e.nx * xc + e.ny * yc + e.d + edgeReach[i] >= 0.0;
+        }
+        if (!inside) continue;
+        const double nearest =
+            plane.z0 + plane.dx * (xc - plane.x0) + plane.dy * (yc - plane.y0) - reach;
+        if (!(nearest > At(x, y) + kDepthMargin)) return false;
+      }
+    }
+    return true;
+  }
+
+  float At(int x, int y) const {
+    return m_depths[static_cast<size_t>(y) * static_cast<size_t>(m_cells.width) +
+                    static_cast<size_t>(x)];
+  }
+
+  Cells m_cells;
+  std::vector<float> m_depths;    // bottom row first
+  std::vector<float> m_farthest;  // per cell
 };
 
 // Whether the triangle may stand in front of others in the grid: in front of
@@ -354,7 +488,7 @@ bool Known(const uint32_t* corner, const OxKernel::oxArray<WindowVertex>& placed
 }
 
 void DropFromBatch(oxRenderBatch& batch, const OxKernel::oxArray<WindowVertex>& placed,
-                   const OcclusionGrid& grid) {
+                   const OcclusionGrid& grid, const DrawnDepths* drawn) {
   auto& indices = batch.indices;
   size_t kept = 0;
   for (size_t t = 0; t + 3 <= indices.size(); t += 3) {
@@ -362,7 +496,8 @@ void DropFromBatch(oxRenderBatch& batch, const OxKernel::oxArray<WindowVertex>& 
     const uint32_t b = indices[t + 1];
     const uint32_t c = indices[t + 2];
     if (Known(&indices[t], placed) && (!CanColourAPixel(placed[a], placed[b], placed[c]) ||
-                                       grid.Hides(placed[a], placed[b], placed[c])))
+                                       (drawn ? drawn->Hides(placed[a], placed[b], placed[c])
+                                              : grid.Hides(placed[a], placed[b], placed[c]))))
       continue;
     indices[kept++] = a;
     indices[kept++] = b;
@@ -391,7 +526,7 @@ OcclusionGrid GridOf(const oxRenderScene& scene, const std::vector<size_t>& slot
         const WindowVertex& a = vertices[corner[0]];
         const WindowVertex& b = vertices[corner[1]];
         const WindowVertex& c = vertices[corner[2]];
-        if (CanOcclude(a, b, c)) grids[part].Cover(a, b, c);
+        if (CanOcclude(a, b, c)) grids[part].Cover(a, b, c, uint64_t{i} << 32 | t);
       }
     }
   });
@@ -400,9 +535,29 @@ OcclusionGrid GridOf(const oxRenderScene& scene, const std::vector<size_t>& slot
   return std::move(grids[0]);
 }
 
+// The triangles `owners` names (see OcclusionGrid::Owners) as a scene of
+// their own, over the vertices of their batches.
+oxRenderScene Occluders(const oxRenderScene& scene, const std::vector<uint64_t>& owners) {
+  oxRenderScene occluders;
+  size_t current = SIZE_MAX;
+  for (const uint64_t owner : owners) {
+    const size_t batch = owner >> 32;
+    const size_t triangle = owner & 0xFFFFFFFFu;
+    if (batch != current) {
+      occluders.batches.push_back({scene.batches[batch].vertices, {}, false, 0});
+      current = batch;
+    }
+    const uint32_t* corner = &scene.batches[batch].indices[3 * triangle];
+    occluders.batches.back().indices.insert(occluders.batches.back().indices.end(), corner,
+                                            corner + 3);
+  }
+  return occluders;
+}
+
 }  // namespace
 
-void DropUnseenTriangles(oxRenderScene& scene, const oxRenderView& view, int width, int height) {
+void DropUnseenTriangles(oxRenderScene& scene, const oxRenderView& view, int width, int height,
+                         const oxDepthDrawing& drawDepths) {
   const oxGLMatrix clip = Product(view.projection, view.view);
   // Batches of one mesh share its vertices: each is placed once.
   std::unordered_map<const oxRenderVertices*, size_t> slots;
@@ -419,8 +574,15 @@ void DropUnseenTriangles(oxRenderScene& scene, const oxRenderView& view, int wid
   OxKernel::oxParallelFor(shared.size(),
                           [&](size_t i) { placed[i] = PlaceAll(*shared[i], clip, width, height); });
   const OcclusionGrid grid = GridOf(scene, slotOfBatch, placed, width, height);
+  std::optional<DrawnDepths> drawn;
+  if (drawDepths) {
+    std::vector<float> depths = drawDepths(Occluders(scene, grid.Owners()));
+    if (depths.size() == static_cast<size_t>(width) * static_cast<size_t>(height))
+      drawn.emplace(std::move(depths), width, height);
+  }
   OxKernel::oxParallelFor(scene.batches.size(), [&](size_t i) {
-    if (slotOfBatch[i] != SIZE_MAX) DropFromBatch(scene.batches[i], placed[slotOfBatch[i]], grid);
+    if (slotOfBatch[i] != SIZE_MAX)
+      DropFromBatch(scene.batches[i], placed[slotOfBatch[i]], grid, drawn ? &*drawn : nullptr);
   });
 }
 

@@ -226,18 +226,14 @@ TEST(RenderCull, OnlyTheNearestOfThreeLayersIsKept) {
             (std::vector<uint32_t>{6, 7, 8}));
 }
 
-// 4,000 random triangles in a cube, in 40 batches of their own colour,
-// seen in perspective: over a quarter are hidden by others and dropped, and the
-// picture stays the same pixel for pixel.
-TEST(RenderCull, CrowdedTrianglesDrawTheSamePictureWithFewerTriangles) {
+// 4,000 random triangles in a cube, in 40 batches of their own colour.
+oxRenderScene CrowdedScene() {
   constexpr int kBatches = 40;
   constexpr int kPerBatch = 100;
-  constexpr int kPicture = 128;
   std::mt19937 random(7);
   std::uniform_real_distribution<float> centre(-1.0f, 1.0f);
   std::uniform_real_distribution<float> offset(-0.8f, 0.8f);
   oxRenderScene scene;
-  size_t total = 0;
   for (int b = 0; b < kBatches; ++b) {
     oxRenderMaterial colour;
     colour.lit = false;
@@ -256,20 +252,122 @@ TEST(RenderCull, CrowdedTrianglesDrawTheSamePictureWithFewerTriangles) {
     }
     scene.batches.push_back(Batch(Vertices(positions), indices));
     scene.batches.back().material = scene.materials.size() - 1;
-    total += indices.size() / 3;
   }
   scene.boundsMin = {-1.4f, -1.4f, -1.4f};
   scene.boundsMax = {1.4f, 1.4f, 1.4f};
+  return scene;
+}
+
+size_t TriangleCount(const oxRenderScene& scene) {
+  size_t triangles = 0;
+  for (const oxRenderBatch& batch : scene.batches)
+    triangles += batch.indices.size() / 3;
+  return triangles;
+}
+
+// The crowd seen in perspective: over a quarter are hidden by others and
+// dropped, and the picture stays the same pixel for pixel.
+TEST(RenderCull, CrowdedTrianglesDrawTheSamePictureWithFewerTriangles) {
+  constexpr int kPicture = 128;
+  oxRenderScene scene = CrowdedScene();
+  const size_t total = TriangleCount(scene);
   const oxRenderView view = ViewOf(scene, kPicture, kPicture, false);
   oxOffscreenRenderer renderer(kPicture, kPicture);
   ASSERT_TRUE(renderer.IsValid());
   const oxPicture whole = renderer.Draw(scene, view);
   DropUnseenTriangles(scene, view, kPicture, kPicture);
-  size_t kept = 0;
-  for (const oxRenderBatch& batch : scene.batches)
-    kept += batch.indices.size() / 3;
-  EXPECT_LT(kept, total * 3 / 4);
+  EXPECT_LT(TriangleCount(scene), total * 3 / 4);
   EXPECT_TRUE(renderer.Draw(scene, view).rgba == whole.rgba);
+}
+
+// With the depth the renderer draws for the cells' nearest triangles,
+// hiding is judged pixel by pixel: of the same crowd, fewer than half of
+// what the cells alone keep are kept, and the picture stays the same.
+TEST(RenderCull, CrowdBehindDrawnDepthsKeepsFewerAndTheSamePicture) {
+  constexpr int kPicture = 128;
+  oxRenderScene byCells = CrowdedScene();
+  oxRenderScene byPixels = CrowdedScene();
+  const oxRenderView view = ViewOf(byCells, kPicture, kPicture, false);
+  oxOffscreenRenderer renderer(kPicture, kPicture);
+  ASSERT_TRUE(renderer.IsValid());
+  const oxPicture whole = renderer.Draw(byPixels, view);
+  DropUnseenTriangles(byCells, view, kPicture, kPicture);
+  DropUnseenTriangles(byPixels, view, kPicture, kPicture, [&](const oxRenderScene& occluders) {
+    return renderer.Depths(occluders, view);
+  });
+  EXPECT_LT(TriangleCount(byPixels), TriangleCount(byCells) / 2);
+  EXPECT_TRUE(renderer.Draw(byPixels, view).rgba == whole.rgba);
+}
+
+// The far triangle's pixel centres run from window (8.5, 8.5) to
+// (23.5, 23.5); the near one covers the whole picture at window depth 0.25
+// and is the only triangle that sets a cell's depth.
+std::vector<uint32_t> KeptBehindDrawnDepths(const std::vector<float>& depths,
+                                            std::vector<uint32_t>& occluders) {
+  oxRenderScene scene;
+  scene.batches.push_back(
+      Batch(Vertices(Join(Cover(-0.5f), {-0.5f, -0.5f, 0.5f, 0.5f, -0.5f, 0.5f, 0.0f, 0.5f, 0.5f})),
+            {0, 1, 2, 3, 4, 5}));
+  DropUnseenTriangles(
+      scene, oxRenderView{}, kOcclusionSide, kOcclusionSide, [&](const oxRenderScene& drawn) {
+        for (const oxRenderBatch& batch : drawn.batches)
+          occluders.insert(occluders.end(), batch.indices.begin(), batch.indices.end());
+        return depths;
+      });
+  return Indices(scene.batches[0]);
+}
+
+// Window depth 0.25 everywhere but at one pixel, where nothing was drawn.
+std::vector<float> DepthsWithAHole(int x, int y) {
+  std::vector<float> depths(kOcclusionSide * kOcclusionSide, 0.25f);
+  depths[static_cast<size_t>(y * kOcclusionSide + x)] = 1.0f;
+  return depths;
+}
+
+TEST(RenderCull, TriangleBehindTheDrawnDepthsEverywhereIsDropped) {
+  std::vector<uint32_t> occluders;
+  EXPECT_EQ(
+      KeptBehindDrawnDepths(std::vector<float>(kOcclusionSide * kOcclusionSide, 0.25f), occluders),
+      (std::vector<uint32_t>{0, 1, 2}));
+  EXPECT_EQ(occluders, (std::vector<uint32_t>{0, 1, 2}));
+}
+
+TEST(RenderCull, TriangleSeenThroughOneUndrawnPixelIsKept) {
+  std::vector<uint32_t> occluders;
+  EXPECT_EQ(KeptBehindDrawnDepths(DepthsWithAHole(16, 16), occluders),
+            (std::vector<uint32_t>{0, 1, 2, 3, 4, 5}));
+}
+
+// The hole at (4, 16) lies in a cell the far triangle reaches, but its
+// centre (4.5, 16.5) is left of the triangle's edge.
+TEST(RenderCull, UndrawnPixelBesideTheTriangleKeepsNothing) {
+  std::vector<uint32_t> occluders;
+  EXPECT_EQ(KeptBehindDrawnDepths(DepthsWithAHole(4, 16), occluders),
+            (std::vector<uint32_t>{0, 1, 2}));
+}
+
+// A renderer that cannot draw gives no depths: the cells alone decide.
+TEST(RenderCull, NoDrawnDepthsLeavesTheCellsToDecide) {
+  std::vector<uint32_t> occluders;
+  EXPECT_EQ(KeptBehindDrawnDepths({}, occluders), (std::vector<uint32_t>{0, 1, 2}));
+}
+
+// Depths of a quad at z = 0 over the left half of the picture: window depth
+// 0.5 there, the far plane's 1 elsewhere, the bottom row first.
+TEST(RenderCull, RendererDrawsTheDepthOfOpaqueTriangles) {
+  constexpr int kSide = 8;
+  oxRenderScene scene;
+  scene.batches.push_back(
+      Batch(Vertices({-1.0f, -1.0f, 0.0f, 0.0f, -1.0f, 0.0f, 0.0f, 1.0f, 0.0f, -1.0f, 1.0f, 0.0f}),
+            {0, 1, 2, 0, 2, 3}));
+  oxOffscreenRenderer renderer(kSide, kSide);
+  ASSERT_TRUE(renderer.IsValid());
+  const std::vector<float> depths = renderer.Depths(scene, oxRenderView{});
+  ASSERT_EQ(depths.size(), static_cast<size_t>(kSide * kSide));
+  EXPECT_NEAR(depths[0], 0.5f, 1e-6f);
+  EXPECT_NEAR(depths[kSide * kSide - kSide + 3], 0.5f, 1e-6f);
+  EXPECT_EQ(depths[4], 1.0f);
+  EXPECT_EQ(depths[kSide * kSide - 1], 1.0f);
 }
 
 }  // namespace

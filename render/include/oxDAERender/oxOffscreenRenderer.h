@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "oxDAERender/oxRenderPicture.h"
 #include "oxDAERender/oxRenderScene.h"
@@ -33,8 +34,9 @@ class oxOffscreenRenderer {
   // Starts mapping the drawing module (OSMesa and the LLVM it brings, tens
   // of milliseconds of dynamic linking) on a thread of its own and returns
   // at once, so that a caller can load its document meanwhile. That thread
-  // then makes a context and draws one lit triangle with it, which compiles
-  // the programs most pictures use (about 0.1 s). The first renderer made
+  // then makes a context and draws one lit triangle with it, and its depth
+  // alone as Depths does, which compiles the programs most pictures use
+  // (about 0.1 s). The first renderer made
   // afterwards waits for that thread and takes the context; later ones make
   // their own. Calling it again does nothing. It reports nothing: a module
   // that cannot be loaded is reported when a renderer is made. A process
@@ -71,6 +73,13 @@ class oxOffscreenRenderer {
   // without writing depth. Lines are drawn unlit, one pixel wide.
   oxPicture Draw(const oxRenderScene& scene, const oxRenderView& view,
                  const oxDrawOptions& options = {});
+
+  // The depth buffer after drawing only the opaque triangles of `scene`
+  // seen through `view`: width x height window depths (0 at the near
+  // plane, 1 at the far one, 1 where nothing was drawn), the bottom row
+  // first. Empty when the renderer is not valid. The next Draw starts
+  // afresh.
+  std::vector<float> Depths(const oxRenderScene& scene, const oxRenderView& view);
 
  private:
   struct Context;

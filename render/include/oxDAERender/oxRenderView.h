@@ -4,6 +4,8 @@
 #pragma once
 
 #include <array>
+#include <functional>
+#include <vector>
 
 #include "oxDAERender/oxRenderScene.h"
 
@@ -38,25 +40,45 @@ struct oxRenderView {
 // the document defines its own up, so `yUp` changes nothing then.
 oxRenderView ViewOf(const oxRenderScene& scene, int width, int height, bool yUp);
 
+// Draws the depth of `occluders` (opaque triangles over the scene's own
+// vertices) as oxOffscreenRenderer::Depths does, for the same view and
+// picture size; returns width x height depths, the bottom row first, or
+// nothing when it cannot draw.
+using oxDepthDrawing = std::function<std::vector<float>(const oxRenderScene& occluders)>;
+
 // Drops from the triangle batches of `scene` every triangle that cannot
 // colour a pixel of a `width` x `height` picture seen through `view`: those
 // wholly beyond one clip plane; those in front of the eye whose window
 // bounds hold no pixel centre, where the rasteriser samples; and those that
-// lie behind opaque triangles wherever they could colour a pixel. Hiding
-// is judged per cell of 8 x 8 pixels: a cell whose pixel centres all lie
-// inside an opaque triangle (one not blended, between the near and far
-// planes) is known to reach that triangle's farthest depth over it, and a
-// triangle (of at least a square pixel) whose nearest depth over every cell
-// it may touch lies beyond the cell's by more than 1e-5 cannot pass the
-// depth test there. Both depths are taken over the cell widened by 1/64
-// pixel, as the rasteriser places vertices that close to where the view
-// puts them, which moves a steep triangle's depth at a pixel centre. Equal depths hide nothing, so the drawing order still
-// decides between them. The picture stays the same, while a dense mesh
-// seen small, or a crowd of surfaces seen from outside, sends only a
-// fraction of its triangles to the software renderer. Lines are left alone
-// and hide nothing. Not for a picture that draws triangle edges: the edge
-// of a dropped triangle may still colour pixels.
-void DropUnseenTriangles(oxRenderScene& scene, const oxRenderView& view, int width, int height);
+// lie behind opaque triangles wherever they could colour a pixel.
+//
+// Hiding is first judged per cell of 8 x 8 pixels: a cell whose pixel
+// centres all lie inside an opaque triangle (one not blended, between the
+// near and far planes) is known to reach that triangle's farthest depth
+// over it, and a triangle (of at least a square pixel) whose nearest depth
+// over every cell it may touch lies beyond the cell's by more than 1e-5
+// cannot pass the depth test there. Both depths are taken over the cell
+// widened by 1/64 pixel, as the rasteriser places vertices that close to
+// where the view puts them, which moves a steep triangle's depth at a
+// pixel centre.
+//
+// With `drawDepths` (empty by default), the triangles that gave the cells
+// their depths are drawn first, and hiding is judged against the depth
+// buffer they leave: per cell by its farthest pixel, then pixel by pixel
+// where that does not settle it, a pixel centre counting when the square
+// of 1/64 pixel around it reaches inside the triangle. The rest of the
+// scene can only bring pixels nearer, so this drops what the cells alone
+// cannot see is hidden where several triangles meet. When it returns no
+// depths, the cells alone decide.
+//
+// Equal depths hide nothing, so the drawing order still decides between
+// them. The picture stays the same, while a dense mesh seen small, or a
+// crowd of surfaces seen from outside, sends only a fraction of its
+// triangles to the software renderer. Lines are left alone and hide
+// nothing. Not for a picture that draws triangle edges: the edge of a
+// dropped triangle may still colour pixels.
+void DropUnseenTriangles(oxRenderScene& scene, const oxRenderView& view, int width, int height,
+                         const oxDepthDrawing& drawDepths = {});
 
 // The inverse of `m` (a general 4 x 4 inverse); the identity when `m` is
 // singular.
