@@ -325,7 +325,11 @@ struct Member {
 };
 
 // The vertices and indices of `group` from the corners of its primitives.
+// Corners are looked up in runs of kRun, each run's slots fetched before
+// the first of them is looked up (see Vertices::Prefetch); the run is
+// taken in order, so vertices are numbered as they are first used.
 void FillGroup(const std::vector<Member>& members, oxMeshGroup& group) {
+  constexpr size_t kRun = 16;
   size_t corners = 0;
   for (const Member& member : members)
     corners += member.corners;
@@ -336,15 +340,26 @@ void FillGroup(const std::vector<Member>& members, oxMeshGroup& group) {
     const Channel* position =
         &*std::find_if(channels.begin(), channels.end(),
                        [](const Channel& c) { return c.kind == Kind::Position; });
-    std::vector<int32_t> tuple(channels.size());
+    std::vector<int32_t> run(kRun * channels.size());
+    std::array<uint64_t, kRun> hashes;
+    size_t waiting = 0;
+    const auto lookUp = [&] {
+      for (size_t i = 0; i < waiting; ++i)
+        group.indices.push_back(group.vertices.Add(&run[i * channels.size()], hashes[i]));
+      waiting = 0;
+    };
     ForEachCorner(*member.primitive, member.width, position, [&](size_t list, size_t at) {
       const auto& indices = member.primitive->p[list];
+      int32_t* tuple = &run[waiting * channels.size()];
       for (size_t c = 0; c < channels.size(); ++c) {
         const size_t i = at * member.width + channels[c].offset;
         tuple[c] = i < indices.size() ? indices[i] : -1;
       }
-      group.indices.push_back(group.vertices.Add(tuple.data()));
+      hashes[waiting] = group.vertices.Hash(tuple);
+      group.vertices.Prefetch(hashes[waiting]);
+      if (++waiting == kRun) lookUp();
     });
+    lookUp();
   }
 }
 

@@ -51,10 +51,10 @@ class Vertices {
     if (slots > m_slots.size()) Rehash(slots);
   }
 
-  // The vertex of `tuple` (m_width indices), added when new.
-  uint32_t Add(const int32_t* tuple) {
+  // The vertex of `tuple` (m_width indices, whose Hash is `hash`), added
+  // when new.
+  uint32_t Add(const int32_t* tuple, uint64_t hash) {
     if (2 * (m_count + 1) > m_slots.size()) Rehash(std::max<size_t>(64, m_slots.size() * 2));
-    const uint64_t hash = Hash(tuple);
     const uint64_t tag = hash & kTagBits;
     const size_t mask = m_slots.size() - 1;
     for (size_t slot = hash & mask;; slot = (slot + 1) & mask) {
@@ -71,12 +71,6 @@ class Vertices {
     }
   }
 
- private:
-  // A slot holds the vertex number + 1 (0 when empty) in its low half and
-  // the high half of the tuple's hash in its high half, so that a probe
-  // past another tuple seldom has to read that tuple.
-  static constexpr uint64_t kTagBits = 0xFFFFFFFF00000000u;
-
   // Each index multiplied by its own odd constant, then mixed once: the
   // low bits pick the slot, the high bits make the tag.
   uint64_t Hash(const int32_t* tuple) const {
@@ -88,6 +82,21 @@ class Vertices {
     h *= 0xBF58476D1CE4E5B9u;
     return h ^ (h >> 32);
   }
+
+  // Starts bringing the slot a tuple of `hash` is first looked for in into
+  // the cache. In a table larger than the cache nearly every lookup waits
+  // for memory; asking for several slots before looking any up lets those
+  // waits overlap.
+  void Prefetch(uint64_t hash) const {
+    if (!m_slots.empty()) __builtin_prefetch(&m_slots[hash & (m_slots.size() - 1)]);
+  }
+
+ private:
+  // A slot holds the vertex number + 1 (0 when empty) in its low half and
+  // the high half of the tuple's hash in its high half, so that a probe
+  // past another tuple seldom has to read that tuple.
+  static constexpr uint64_t kTagBits = 0xFFFFFFFF00000000u;
+
   // A loop rather than std::equal, which calls memcmp for a few bytes.
   bool Same(const int32_t* a, const int32_t* b) const {
     for (size_t i = 0; i < m_width; ++i) {
