@@ -324,22 +324,32 @@ struct Member {
   size_t corners = 0;             // as ForEachCorner gives them
 };
 
-// The vertices and indices of `group` from the corners of its primitives.
-// Corners are looked up in runs of kRun, each run's slots fetched before
-// the first of them is looked up (see Vertices::Prefetch); the run is
-// taken in order, so vertices are numbered as they are first used.
-void FillGroup(const std::vector<Member>& members, oxMeshGroup& group) {
+// The Position channel of `member`; every member has one.
+const Channel* PositionChannel(const Member& member) {
+  return &*std::find_if(member.channels.begin(), member.channels.end(),
+                        [](const Channel& c) { return c.kind == Kind::Position; });
+}
+
+// The vertices and indices of `group` from the corners of its primitives,
+// of those triangles `keep` (when set) keeps; `firstTriangle` is the
+// number `keep` knows the group's first triangle by. Corners are looked up
+// in runs of kRun, each run's slots fetched before the first of them is
+// looked up (see Vertices::Prefetch); the run is taken in order, so
+// vertices are numbered as they are first used.
+void FillGroup(const std::vector<Member>& members, oxMeshGroup& group, const TriangleFilter& keep,
+               size_t firstTriangle) {
   constexpr size_t kRun = 16;
   size_t corners = 0;
   for (const Member& member : members)
     corners += member.corners;
   group.indices.reserve(corners);
   group.vertices.Reserve(corners);
+  const std::vector<bool>* flags = keep && group.mode == 4 ? keep(group) : nullptr;
+  const bool filtered = flags && !flags->empty();
+  size_t corner = firstTriangle * 3;
   for (const Member& member : members) {
     const auto& channels = member.channels;
-    const Channel* position =
-        &*std::find_if(channels.begin(), channels.end(),
-                       [](const Channel& c) { return c.kind == Kind::Position; });
+    const Channel* position = PositionChannel(member);
     std::vector<int32_t> run(kRun * channels.size());
     std::array<uint64_t, kRun> hashes;
     size_t waiting = 0;
@@ -349,6 +359,10 @@ void FillGroup(const std::vector<Member>& members, oxMeshGroup& group) {
       waiting = 0;
     };
     ForEachCorner(*member.primitive, member.width, position, [&](size_t list, size_t at) {
+      if (filtered) {
+        const size_t triangle = corner++ / 3;
+        if (triangle >= flags->size() || !(*flags)[triangle]) return;
+      }
       const auto& indices = member.primitive->p[list];
       int32_t* tuple = &run[waiting * channels.size()];
       for (size_t c = 0; c < channels.size(); ++c) {
@@ -363,15 +377,11 @@ void FillGroup(const std::vector<Member>& members, oxMeshGroup& group) {
   }
 }
 
-}  // namespace
-
-std::vector<oxMeshGroup> GroupPrimitives(const oxDAEMesh& mesh, std::set<std::string>& dropped) {
-  // First which primitive goes to which group, in one pass; then each
-  // group's vertices, the groups side by side on the machine's cores: a
-  // group depends only on its own primitives, taken in document order, so
-  // the result is the same however the work is shared.
+// The groups of `mesh`'s primitives in the order first met, their
+// vertices not yet made, and the members of each.
+std::vector<oxMeshGroup> SortPrimitives(const oxDAEMesh& mesh, std::set<std::string>& dropped,
+                                        std::vector<std::vector<Member>>& members) {
   std::vector<oxMeshGroup> groups;
-  std::vector<std::vector<Member>> members;
   std::map<std::tuple<std::string, int, std::string>, size_t> found;
   for (const oxDAEMeshPrimitive* primitive : mesh.primitives) {
     Member member{primitive, ChannelsOf(*primitive, dropped), TupleWidth(*primitive), 0};
@@ -392,7 +402,57 @@ std::vector<oxMeshGroup> GroupPrimitives(const oxDAEMesh& mesh, std::set<std::st
     }
     members[it->second].push_back(std::move(member));
   }
-  OxKernel::oxParallelFor(groups.size(), [&](size_t g) { FillGroup(members[g], groups[g]); });
+  return groups;
+}
+
+}  // namespace
+
+std::vector<oxMeshGroup> GroupPrimitives(const oxDAEMesh& mesh, std::set<std::string>& dropped,
+                                         const TriangleFilter& keep) {
+  // First which primitive goes to which group, in one pass; then each
+  // group's vertices, the groups side by side on the machine's cores: a
+  // group depends only on its own primitives, taken in document order, so
+  // the result is the same however the work is shared.
+  std::vector<std::vector<Member>> members;
+  std::vector<oxMeshGroup> groups = SortPrimitives(mesh, dropped, members);
+  // The triangles of one symbol and mode are numbered across its groups.
+  std::vector<size_t> firstTriangle(groups.size(), 0);
+  std::map<std::pair<std::string, int>, size_t> numbered;
+  for (size_t g = 0; g < groups.size(); ++g) {
+    size_t& next = numbered[{groups[g].symbol, groups[g].mode}];
+    firstTriangle[g] = next;
+    for (const Member& member : members[g])
+      next += member.corners / 3;
+  }
+  OxKernel::oxParallelFor(
+      groups.size(), [&](size_t g) { FillGroup(members[g], groups[g], keep, firstTriangle[g]); });
+  return groups;
+}
+
+std::vector<oxCornerGroup> GroupCorners(const oxDAEMesh& mesh) {
+  std::set<std::string> dropped;
+  std::vector<std::vector<Member>> members;
+  const std::vector<oxMeshGroup> sorted = SortPrimitives(mesh, dropped, members);
+  std::vector<oxCornerGroup> groups(sorted.size());
+  OxKernel::oxParallelFor(groups.size(), [&](size_t g) {
+    oxCornerGroup& group = groups[g];
+    group.symbol = sorted[g].symbol;
+    group.mode = sorted[g].mode;
+    group.positions = sorted[g].channels[ChannelOf(sorted[g], Kind::Position)].accessor;
+    group.normals = ChannelOf(sorted[g], Kind::Normal) != SIZE_MAX;
+    size_t corners = 0;
+    for (const Member& member : members[g])
+      corners += member.corners;
+    group.corners.reserve(corners);
+    for (const Member& member : members[g]) {
+      const Channel* position = PositionChannel(member);
+      ForEachCorner(*member.primitive, member.width, position, [&](size_t list, size_t at) {
+        const auto& indices = member.primitive->p[list];
+        const size_t i = at * member.width + position->offset;
+        group.corners.push_back(i < indices.size() ? indices[i] : -1);
+      });
+    }
+  });
   return groups;
 }
 

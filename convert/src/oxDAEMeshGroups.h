@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <set>
 #include <string>
 #include <vector>
@@ -134,13 +135,36 @@ struct oxMeshGroup {
   OxKernel::oxArray<uint32_t> indices;
 };
 
+// Which triangles of the groups of `group`'s symbol and mode to make, by
+// their number counted across those groups in group order: a triangle is
+// made when its flag is set or the flags are empty; null makes them all.
+using TriangleFilter = std::function<const std::vector<bool>*(const oxMeshGroup& group)>;
+
 // The groups of `mesh`'s primitives in the order first met. Polygons are cut
 // by ear clipping in the plane they face most; strips and fans become
 // triangles; lines and line strips become segments. Primitives without a
 // POSITION input or without a whole face are left out. Inputs without a
-// channel (glTF has no attribute for them) are added to `dropped`.
+// channel (glTF has no attribute for them) are added to `dropped`. With
+// `keep`, only the triangles it keeps are made, and only the vertices they
+// use; line segments are all made.
 std::vector<oxMeshGroup> GroupPrimitives(const OxDAEReader::oxDAEMesh& mesh,
-                                         std::set<std::string>& dropped);
+                                         std::set<std::string>& dropped,
+                                         const TriangleFilter& keep = {});
+
+// The corners of a group as GroupPrimitives cuts them, before any vertex
+// is made: the POSITION index of each.
+struct oxCornerGroup {
+  std::string symbol;  // the COLLADA material symbol, empty when none
+  int mode = 4;        // 4 triangles, 1 lines
+  const OxDAEReader::oxDAEAccessor* positions = nullptr;  // the records POSITION reads
+  bool normals = false;                                   // the group has a NORMAL input
+  // Per corner, in the order GroupPrimitives makes them: the POSITION
+  // index, -1 where the corner's list ends before it.
+  OxKernel::oxArray<int32_t> corners;
+};
+
+// The groups GroupPrimitives makes of `mesh`, in the same order, as corners.
+std::vector<oxCornerGroup> GroupCorners(const OxDAEReader::oxDAEMesh& mesh);
 
 // The first channel of `kind` in `group`, SIZE_MAX when none.
 size_t ChannelOf(const oxMeshGroup& group, Kind kind);

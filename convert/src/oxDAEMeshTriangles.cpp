@@ -38,13 +38,9 @@ size_t NamedChannel(const oxMeshGroup& group, std::string_view name) {
   return SIZE_MAX;
 }
 
-}  // namespace
-
-oxMeshTriangles MeshTriangles(const OxDAEReader::oxDAEGeometry& geometry) {
+// The mesh of the groups GroupPrimitives made.
+oxMeshTriangles FromGroups(const std::vector<oxMeshGroup>& groups) {
   oxMeshTriangles mesh;
-  if (!geometry.mesh) return mesh;
-  std::set<std::string> dropped;
-  const std::vector<oxMeshGroup> groups = GroupPrimitives(*geometry.mesh, dropped);
   const auto has = [&groups](Kind kind) {
     return std::any_of(groups.begin(), groups.end(),
                        [kind](const oxMeshGroup& g) { return ChannelOf(g, kind) != SIZE_MAX; });
@@ -85,6 +81,103 @@ oxMeshTriangles MeshTriangles(const OxDAEReader::oxDAEGeometry& geometry) {
       indices[from + i] = static_cast<uint32_t>(first + group.indices[i]);
   }
   return mesh;
+}
+
+// Numbers the entries of oxMeshCorners::positions: every record of each
+// source in one run, and the indices past a source or negative one by one.
+class PositionEntries {
+ public:
+  explicit PositionEntries(oxMeshCorners::Positions& positions) : m_positions(positions) {}
+
+  uint32_t Of(const OxDAEReader::oxDAEAccessor* source, int32_t index) {
+    const auto [run, added] = m_runs.try_emplace(source, Run{m_positions.values.size(), 0});
+    if (added) run->second.count = AddRun(source);
+    if (index >= 0 && static_cast<size_t>(index) < run->second.count)
+      return static_cast<uint32_t>(run->second.first + static_cast<size_t>(index));
+    const auto [stray, new_] =
+        m_strays.try_emplace({source, std::max(index, -1)}, m_positions.values.size());
+    if (new_) Add(oxRecords(source), index);
+    return static_cast<uint32_t>(stray->second);
+  }
+
+ private:
+  struct Run {
+    size_t first;
+    size_t count;
+  };
+
+  // Adds every record the source's array holds; returns how many.
+  size_t AddRun(const OxDAEReader::oxDAEAccessor* source) {
+    const size_t count = HeldRecords(source);
+    const oxRecords records(source);
+    m_positions.values.reserve(m_positions.values.size() + count);
+    m_positions.records.reserve(m_positions.records.size() + count);
+    for (size_t r = 0; r < count; ++r)
+      Add(records, static_cast<int32_t>(r));
+    return count;
+  }
+
+  // The records that begin inside the source's array (at most 2^31, as
+  // indices go).
+  static size_t HeldRecords(const OxDAEReader::oxDAEAccessor* source) {
+    if (!HasRecords(source)) return 0;
+    const size_t floats = source->source->floats.size();
+    const size_t first = static_cast<size_t>(source->offset) * RecordStride(source);
+    return floats > first ? std::min<size_t>((floats - first) / RecordStride(source), INT32_MAX)
+                          : 0;
+  }
+
+  void Add(const oxRecords& records, int32_t index) {
+    std::array<float, 3> value{};
+    for (unsigned int j = 0; index >= 0 && j < 3; ++j)
+      value[j] = static_cast<float>(records(static_cast<size_t>(index), j));
+    m_positions.values.push_back(value);
+    m_positions.records.push_back(static_cast<uint32_t>(std::max(index, 0)));
+  }
+
+  oxMeshCorners::Positions& m_positions;
+  std::map<const OxDAEReader::oxDAEAccessor*, Run> m_runs;
+  std::map<std::pair<const OxDAEReader::oxDAEAccessor*, int32_t>, size_t> m_strays;
+};
+
+}  // namespace
+
+oxMeshTriangles MeshTriangles(const OxDAEReader::oxDAEGeometry& geometry) {
+  if (!geometry.mesh) return {};
+  std::set<std::string> dropped;
+  return FromGroups(GroupPrimitives(*geometry.mesh, dropped));
+}
+
+oxMeshCorners MeshCorners(const OxDAEReader::oxDAEGeometry& geometry) {
+  oxMeshCorners mesh;
+  if (!geometry.mesh) return mesh;
+  const std::vector<oxCornerGroup> groups = GroupCorners(*geometry.mesh);
+  PositionEntries entries(mesh.positions);
+  std::map<std::pair<std::string, bool>, size_t> parts;
+  for (const oxCornerGroup& group : groups) {
+    mesh.normals = mesh.normals || group.normals;
+    const bool lines = group.mode == 1;
+    const auto [at, added] = parts.try_emplace({group.symbol, lines}, mesh.parts.size());
+    if (added) mesh.parts.push_back({group.symbol, lines, {}, {}});
+    OxKernel::oxArray<uint32_t>& corners = mesh.parts[at->second].corners;
+    corners.reserve(corners.size() + group.corners.size());
+    for (const int32_t index : group.corners)
+      corners.push_back(entries.Of(group.positions, index));
+  }
+  return mesh;
+}
+
+oxMeshTriangles MeshTriangles(const OxDAEReader::oxDAEGeometry& geometry,
+                              const oxMeshCorners& corners) {
+  if (!geometry.mesh) return {};
+  std::map<std::pair<std::string, bool>, const std::vector<bool>*> keep;
+  for (const oxMeshCorners::Part& part : corners.parts)
+    keep.emplace(std::make_pair(part.symbol, part.lines), &part.keep);
+  std::set<std::string> dropped;
+  return FromGroups(GroupPrimitives(*geometry.mesh, dropped, [&keep](const oxMeshGroup& group) {
+    const auto found = keep.find({group.symbol, group.mode == 1});
+    return found != keep.end() ? found->second : nullptr;
+  }));
 }
 
 }  // namespace OxDAEConvert

@@ -4,7 +4,9 @@
 
 #include "oxTestSupport.h"
 
+using OxDAEConvert::MeshCorners;
 using OxDAEConvert::MeshTriangles;
+using OxDAEConvert::oxMeshCorners;
 using OxDAEConvert::oxMeshTriangles;
 using OxDAEReader::oxDAEGeometry;
 
@@ -36,6 +38,33 @@ class MeshTrianglesTest : public oxtest::DocumentTest {
     const auto* geometry = oxDAEGeometry::DynamicCast(document.ResolveURI("#g"));
     EXPECT_NE(geometry, nullptr);
     return geometry ? MeshTriangles(*geometry) : oxMeshTriangles{};
+  }
+  oxMeshCorners Corners() {
+    const auto* geometry = oxDAEGeometry::DynamicCast(document.ResolveURI("#g"));
+    EXPECT_NE(geometry, nullptr);
+    return geometry ? MeshCorners(*geometry) : oxMeshCorners{};
+  }
+  oxMeshTriangles Kept(const oxMeshCorners& corners) {
+    const auto* geometry = oxDAEGeometry::DynamicCast(document.ResolveURI("#g"));
+    EXPECT_NE(geometry, nullptr);
+    return geometry ? MeshTriangles(*geometry, corners) : oxMeshTriangles{};
+  }
+
+  // Each corner of `corners` reads the position and record of the vertex
+  // MeshTriangles gives the same corner.
+  void ExpectSameCorners(const oxMeshCorners& corners, const oxMeshTriangles& mesh) {
+    ASSERT_EQ(corners.parts.size(), mesh.parts.size());
+    for (size_t p = 0; p < mesh.parts.size(); ++p) {
+      EXPECT_EQ(corners.parts[p].symbol, mesh.parts[p].symbol);
+      EXPECT_EQ(corners.parts[p].lines, mesh.parts[p].lines);
+      ASSERT_EQ(corners.parts[p].corners.size(), mesh.parts[p].indices.size());
+      for (size_t i = 0; i < mesh.parts[p].indices.size(); ++i) {
+        const uint32_t entry = corners.parts[p].corners[i];
+        const uint32_t vertex = mesh.parts[p].indices[i];
+        EXPECT_EQ(corners.positions.values[entry], mesh.positions[vertex]) << p << " " << i;
+        EXPECT_EQ(corners.positions.records[entry], mesh.positionRecords[vertex]) << p << " " << i;
+      }
+    }
   }
 };
 
@@ -121,4 +150,93 @@ TEST_XML(MeshTrianglesTest, CountBeyondTheListReservesNothingForIt,
   ASSERT_EQ(mesh.parts.size(), 1u);
   EXPECT_EQ(mesh.parts[0].indices, (OxKernel::oxArray<uint32_t>{0, 1, 2}));
   EXPECT_EQ(mesh.positionRecords, (OxKernel::oxArray<uint32_t>{0, 1, 2}));
+}
+
+// A polygon, a line and a triangle of another material: each corner reads
+// what the vertex of the same corner of MeshTriangles reads, and every
+// record of the source is an entry of its own, in record order.
+TEST_XML(MeshTrianglesTest, CornersReadWhatTheVerticesOfTheSameCornersRead,
+         SquareDocument(R"(<polygons count="1" material="a">
+           <input semantic="VERTEX" source="#v" offset="0"/><p>0 1 2 3</p></polygons>
+           <lines count="1" material="a"><input semantic="VERTEX" source="#v" offset="0"/>
+           <p>2 3</p></lines>
+           <triangles count="1" material="b"><input semantic="VERTEX" source="#v" offset="0"/>
+           <input semantic="COLOR" source="#c" offset="1"/><p>3 0 1 0 2 0</p></triangles>)")) {
+  const oxMeshCorners corners = Corners();
+  EXPECT_EQ(corners.positions.values,
+            (OxKernel::oxArray<Float3>{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}}));
+  EXPECT_EQ(corners.positions.records, (OxKernel::oxArray<uint32_t>{0, 1, 2, 3}));
+  ASSERT_EQ(corners.parts.size(), 3u);
+  EXPECT_EQ(corners.parts[0].corners, (OxKernel::oxArray<uint32_t>{3, 0, 1, 1, 2, 3}));
+  EXPECT_EQ(corners.parts[1].corners, (OxKernel::oxArray<uint32_t>{2, 3}));
+  EXPECT_EQ(corners.parts[2].corners, (OxKernel::oxArray<uint32_t>{3, 1, 2}));
+  EXPECT_FALSE(corners.normals);
+  ExpectSameCorners(corners, Mesh());
+}
+
+// Indices past the source and negative ones are entries of their own after
+// the source's records, once each: zeros, with the record MeshTriangles
+// gives them (0 for a negative one).
+TEST_XML(MeshTrianglesTest, CornersPastTheSourceOrNegativeAreEntriesOfTheirOwn,
+         SquareDocument(R"(<triangles count="2"><input semantic="VERTEX" source="#v" offset="0"/>
+           <p>0 1 9 -3 9 -1</p></triangles>)")) {
+  const oxMeshCorners corners = Corners();
+  ASSERT_EQ(corners.positions.values.size(), 6u);
+  EXPECT_EQ(corners.positions.values[4], (Float3{0, 0, 0}));
+  EXPECT_EQ(corners.positions.records[4], 9u);
+  EXPECT_EQ(corners.positions.values[5], (Float3{0, 0, 0}));
+  EXPECT_EQ(corners.positions.records[5], 0u);
+  ASSERT_EQ(corners.parts.size(), 1u);
+  EXPECT_EQ(corners.parts[0].corners, (OxKernel::oxArray<uint32_t>{0, 1, 4, 5, 4, 5}));
+  ExpectSameCorners(corners, Mesh());
+}
+
+// A normal anywhere in the mesh is noted: a host that makes normals from
+// the triangles around a vertex needs them all.
+TEST_XML(MeshTrianglesTest, CornersNoteANormalInput,
+         SquareDocument(R"(<triangles count="1"><input semantic="VERTEX" source="#v" offset="0"/>
+           <input semantic="NORMAL" source="#p" offset="0"/><p>0 1 2</p></triangles>)")) {
+  EXPECT_TRUE(Corners().normals);
+}
+
+// Keeping the second of three triangles of one part and the first of
+// another: each keeps its triangles' values and order, over the vertices
+// they use; the line segment is made though nothing names it.
+TEST_XML(MeshTrianglesTest, OnlyTheKeptTrianglesAndTheirVerticesAreMade,
+         SquareDocument(R"(<triangles count="2" material="a">
+           <input semantic="VERTEX" source="#v" offset="0"/><p>0 1 2 2 3 0</p></triangles>
+           <lines count="1" material="a"><input semantic="VERTEX" source="#v" offset="0"/>
+           <p>1 3</p></lines>
+           <triangles count="2" material="b">
+           <input semantic="VERTEX" source="#v" offset="0"/><p>3 1 0 1 2 3</p></triangles>
+           <triangles count="1" material="a">
+           <input semantic="VERTEX" source="#v" offset="0"/>
+           <input semantic="TEXCOORD" source="#t" offset="0" set="0"/><p>0 1 1</p></triangles>)")) {
+  oxMeshCorners corners = Corners();
+  ASSERT_EQ(corners.parts.size(), 3u);
+  corners.parts[0].keep = {false, true, false};
+  corners.parts[2].keep = {true, false};
+  const oxMeshTriangles mesh = Kept(corners);
+  ASSERT_EQ(mesh.parts.size(), 3u);
+  EXPECT_EQ(mesh.parts[0].symbol, "a");
+  EXPECT_EQ(mesh.parts[0].indices, (OxKernel::oxArray<uint32_t>{0, 1, 2}));
+  EXPECT_EQ(mesh.parts[1].indices, (OxKernel::oxArray<uint32_t>{3, 4}));
+  EXPECT_EQ(mesh.parts[2].symbol, "b");
+  EXPECT_EQ(mesh.parts[2].indices, (OxKernel::oxArray<uint32_t>{5, 6, 7}));
+  EXPECT_EQ(
+      mesh.positions,
+      (OxKernel::oxArray<Float3>{
+          {1, 1, 0}, {0, 1, 0}, {0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 1, 0}, {1, 0, 0}, {0, 0, 0}}));
+  EXPECT_EQ(mesh.positionRecords, (OxKernel::oxArray<uint32_t>{2, 3, 0, 1, 3, 3, 1, 0}));
+}
+
+// Without keep flags every triangle is made, as MeshTriangles makes them.
+TEST_XML(MeshTrianglesTest, CornersWithoutKeepFlagsMakeTheWholeMesh,
+         SquareDocument(R"(<polylist count="2"><input semantic="VERTEX" source="#v" offset="0"/>
+           <vcount>4 3</vcount><p>0 1 2 3 3 2 1</p></polylist>)")) {
+  const oxMeshTriangles whole = Mesh();
+  const oxMeshTriangles kept = Kept(Corners());
+  EXPECT_EQ(kept.positions, whole.positions);
+  ASSERT_EQ(kept.parts.size(), 1u);
+  EXPECT_EQ(kept.parts[0].indices, whole.parts[0].indices);
 }

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <functional>
+#include <optional>
 
 namespace OxDAERender {
 
@@ -32,18 +34,32 @@ bool ListDocuments(const std::string& folder, std::vector<std::filesystem::path>
   return true;
 }
 
-// Draws `scene` seen as ViewOf frames it for the renderer's picture. What
-// cannot colour a pixel is dropped first, judged against the depth the
-// renderer draws for the nearest large triangles, unless triangle edges
-// are drawn: an edge may colour pixels its triangle does not.
-oxPicture DrawScene(oxOffscreenRenderer& renderer, oxRenderScene& scene, int width, int height,
-                    bool yUp, const oxDrawOptions& options) {
-  const oxRenderView view = ViewOf(scene, width, height, yUp);
-  if (!options.wireframe)
-    DropUnseenTriangles(scene, view, width, height, [&](const oxRenderScene& occluders) {
-      return renderer.Depths(occluders, view);
-    });
-  return renderer.Draw(scene, view, options);
+// Gathers the scene of `document` for a `width` x `height` picture and the
+// view it is seen through, as ViewOf frames it. Unless triangle edges are
+// drawn (an edge may colour pixels its triangle does not), only the
+// triangles that may colour a pixel are cut: those SeenTriangles keeps of
+// the scene's outline, judged against the depth `renderer()` draws for the
+// nearest large triangles. `renderer()` is called once the outline is
+// ready, so that making it (which waits for Prepare's thread) overlaps the
+// outlining.
+int GatherForPicture(const OxDAEReader::oxDAEFile& document, const oxRenderSceneOptions& options,
+                     const std::function<oxOffscreenRenderer&()>& renderer, int width, int height,
+                     bool yUp, bool wireframe, oxRenderScene& scene, oxRenderView& view) {
+  bool viewed = false;
+  oxSeenTriangles seen;
+  if (!wireframe) {
+    seen = [&](const oxRenderScene& outline) {
+      view = ViewOf(outline, width, height, yUp);
+      viewed = true;
+      oxOffscreenRenderer& drawing = renderer();
+      return SeenTriangles(outline, view, width, height, [&](const oxRenderScene& occluders) {
+        return drawing.Depths(occluders, view);
+      });
+    };
+  }
+  const int result = GatherScene(document, options, scene, seen);
+  if (!viewed) view = ViewOf(scene, width, height, yUp);
+  return result;
 }
 
 // One thumbnail of the sheet; counts the document's log records.
@@ -63,10 +79,12 @@ oxSheetCell Thumbnail(const std::filesystem::path& file, float time, oxOffscreen
     return cell;
   }
   oxRenderScene scene;
+  oxRenderView view;
   oxRenderSceneOptions options;
   options.time = time;
-  if (GatherScene(document, options, scene) == 0)
-    cell.picture = DrawScene(renderer, scene, width, height, false, {});
+  const auto drawing = [&renderer]() -> oxOffscreenRenderer& { return renderer; };
+  if (GatherForPicture(document, options, drawing, width, height, false, false, scene, view) == 0)
+    cell.picture = renderer.Draw(scene, view);
   if (warnings + errors > 0) {
     problems.push_back(
         OxKernel::oxConcat(cell.label, ": ", warnings, " warning(s), ", errors, " error(s)"));
@@ -78,16 +96,25 @@ oxSheetCell Thumbnail(const std::filesystem::path& file, float time, oxOffscreen
 
 int RenderDocument(const OxDAEReader::oxDAEFile& document, const oxRenderOptions& options,
                    oxPicture& picture) {
+  // Made when first needed: making it waits for Prepare's thread.
+  std::optional<oxOffscreenRenderer> renderer;
+  const auto drawing = [&]() -> oxOffscreenRenderer& {
+    if (!renderer) renderer.emplace(options.width, options.height);
+    return *renderer;
+  };
   oxRenderScene scene;
-  if (const int result = GatherScene(document, options.scene, scene); result != 0) return result;
-  oxOffscreenRenderer renderer(options.width, options.height);
-  if (!renderer.IsValid()) {
+  oxRenderView view;
+  if (const int result =
+          GatherForPicture(document, options.scene, drawing, options.width, options.height,
+                           options.yUp, options.wireframe, scene, view);
+      result != 0)
+    return result;
+  if (!drawing().IsValid()) {
     OX_LOG(OxKernel::kLogError, "cannot make an off-screen OpenGL context (OSMesa)");
     return kRenderNoContext;
   }
   if (scene.IsEmpty()) OX_LOG(OxKernel::kLogWarning, "the scene has no geometry to draw");
-  picture =
-      DrawScene(renderer, scene, options.width, options.height, options.yUp, {options.wireframe});
+  picture = renderer->Draw(scene, view, {options.wireframe});
   return 0;
 }
 

@@ -411,6 +411,10 @@ class OcclusionGrid {
 // the triangles drawn first meet.
 class DrawnDepths {
  public:
+  // How far beyond a run's computed ends a pixel centre is still taken in:
+  // far above the rounding of a division over window coordinates.
+  static constexpr double kRunRounding = 1e-6;
+
   DrawnDepths(std::vector<float> depths, int width, int height)
       : m_cells(width, height), m_depths(std::move(depths)), m_farthest(m_cells.Count(), 0.0f) {
     for (int y = 0; y < height; ++y) {
@@ -437,29 +441,32 @@ class DrawnDepths {
  private:
   // Pixel by pixel over one cell: a centre the triangle may colour is one
   // whose square of kSlack around it reaches inside every edge, and the
-  // triangle's depth there is its nearest over that square.
+  // triangle's depth there is its nearest over that square. Along a row
+  // those centres form one run, found from the edges.
   bool HiddenAtEveryCentre(int column, int row, const Footprint& f) const {
     const DepthPlane& plane = f.plane;
     const double reach = kSlack * (std::abs(plane.dx) + std::abs(plane.dy));
-    std::array<double, 3> edgeReach;
-    for (size_t i = 0; i < 3; ++i)
-      edgeReach[i] = kSlack * (std::abs(f.edges[i].nx) + std::abs(f.edges[i].ny));
-    const int lastY = std::min((row + 1) * kCell, m_cells.height) - 1;
+    const int firstX = column * kCell;
     const int lastX = std::min((column + 1) * kCell, m_cells.width) - 1;
+    const int lastY = std::min((row + 1) * kCell, m_cells.height) - 1;
     for (int y = row * kCell; y <= lastY; ++y) {
       const double yc = y + 0.5;
       if (yc < f.bottom || yc > f.top) continue;
-      for (int x = column * kCell; x <= lastX; ++x) {
-        const double xc = x + 0.5;
-        bool inside = true;
-        for (size_t i = 0; i < 3 && inside; ++i) {
-          const Edge& e = f.edges[i];
-          inside = e.nx * xc + e.ny * yc + e.d + edgeReach[i] >= 0.0;
-        }
-        if (!inside) continue;
-        const double nearest =
-            plane.z0 + plane.dx * (xc - plane.x0) + plane.dy * (yc - plane.y0) - reach;
-        if (!(nearest > At(x, y) + kDepthMargin)) return false;
+      double low = firstX + 0.5;
+      double high = lastX + 0.5;
+      for (const Edge& e : f.edges) {
+        // nx xc + rest >= 0, the edge reaching kSlack further either way.
+        const double rest = e.ny * yc + e.d + kSlack * (std::abs(e.nx) + std::abs(e.ny));
+        if (e.nx > 0.0) low = std::max(low, -rest * e.inverseNx);
+        if (e.nx < 0.0) high = std::min(high, -rest * e.inverseNx);
+        if (e.nx == 0.0 && rest < 0.0) high = low - 1.0;
+      }
+      // A centre on the run's ends by rounding is taken in.
+      const int from = std::max(firstX, static_cast<int>(std::ceil(low - 0.5 - kRunRounding)));
+      const int to = std::min(lastX, static_cast<int>(std::floor(high - 0.5 + kRunRounding)));
+      const double rowNearest = plane.z0 + plane.dy * (yc - plane.y0) - reach - kDepthMargin;
+      for (int x = from; x <= to; ++x) {
+        if (!(rowNearest + plane.dx * (x + 0.5 - plane.x0) > At(x, y))) return false;
       }
     }
     return true;
@@ -487,23 +494,22 @@ bool Known(const uint32_t* corner, const OxKernel::oxArray<WindowVertex>& placed
   return corner[0] < placed.size() && corner[1] < placed.size() && corner[2] < placed.size();
 }
 
-void DropFromBatch(oxRenderBatch& batch, const OxKernel::oxArray<WindowVertex>& placed,
-                   const OcclusionGrid& grid, const DrawnDepths* drawn) {
-  auto& indices = batch.indices;
-  size_t kept = 0;
-  for (size_t t = 0; t + 3 <= indices.size(); t += 3) {
-    const uint32_t a = indices[t];
-    const uint32_t b = indices[t + 1];
-    const uint32_t c = indices[t + 2];
-    if (Known(&indices[t], placed) && (!CanColourAPixel(placed[a], placed[b], placed[c]) ||
-                                       (drawn ? drawn->Hides(placed[a], placed[b], placed[c])
-                                              : grid.Hides(placed[a], placed[b], placed[c]))))
-      continue;
-    indices[kept++] = a;
-    indices[kept++] = b;
-    indices[kept++] = c;
+// Per triangle of a batch of triangles, whether it may colour a pixel:
+// judged against the drawn depths when there are some, else the grid.
+std::vector<bool> SeenInBatch(const oxRenderBatch& batch,
+                              const OxKernel::oxArray<WindowVertex>& placed,
+                              const OcclusionGrid& grid, const DrawnDepths* drawn) {
+  const auto& indices = batch.indices;
+  std::vector<bool> seen(indices.size() / 3, true);
+  for (size_t t = 0; t < seen.size(); ++t) {
+    const uint32_t* corner = &indices[3 * t];
+    if (!Known(corner, placed)) continue;
+    const WindowVertex& a = placed[corner[0]];
+    const WindowVertex& b = placed[corner[1]];
+    const WindowVertex& c = placed[corner[2]];
+    seen[t] = CanColourAPixel(a, b, c) && !(drawn ? drawn->Hides(a, b, c) : grid.Hides(a, b, c));
   }
-  indices.resize(kept);
+  return seen;
 }
 
 // The grid of every opaque triangle of `scene` (blended ones write no
@@ -556,8 +562,9 @@ oxRenderScene Occluders(const oxRenderScene& scene, const std::vector<uint64_t>&
 
 }  // namespace
 
-void DropUnseenTriangles(oxRenderScene& scene, const oxRenderView& view, int width, int height,
-                         const oxDepthDrawing& drawDepths) {
+std::vector<std::vector<bool>> SeenTriangles(const oxRenderScene& scene, const oxRenderView& view,
+                                             int width, int height,
+                                             const oxDepthDrawing& drawDepths) {
   const oxGLMatrix clip = Product(view.projection, view.view);
   // Batches of one mesh share its vertices: each is placed once.
   std::unordered_map<const oxRenderVertices*, size_t> slots;
@@ -580,10 +587,33 @@ void DropUnseenTriangles(oxRenderScene& scene, const oxRenderView& view, int wid
     if (depths.size() == static_cast<size_t>(width) * static_cast<size_t>(height))
       drawn.emplace(std::move(depths), width, height);
   }
+  std::vector<std::vector<bool>> seen(scene.batches.size());
   OxKernel::oxParallelFor(scene.batches.size(), [&](size_t i) {
-    if (slotOfBatch[i] != SIZE_MAX)
-      DropFromBatch(scene.batches[i], placed[slotOfBatch[i]], grid, drawn ? &*drawn : nullptr);
+    const oxRenderBatch& batch = scene.batches[i];
+    seen[i] = slotOfBatch[i] != SIZE_MAX
+                  ? SeenInBatch(batch, placed[slotOfBatch[i]], grid, drawn ? &*drawn : nullptr)
+                  : std::vector<bool>(batch.indices.size() / (batch.lines ? 2 : 3), true);
   });
+  return seen;
+}
+
+void KeepTriangles(oxRenderBatch& batch, const std::vector<bool>& keep) {
+  if (batch.lines) return;
+  auto& indices = batch.indices;
+  size_t kept = 0;
+  for (size_t t = 0; t < keep.size() && 3 * t + 3 <= indices.size(); ++t) {
+    if (!keep[t]) continue;
+    std::copy_n(&indices[3 * t], 3, &indices[kept]);
+    kept += 3;
+  }
+  indices.resize(kept);
+}
+
+void DropUnseenTriangles(oxRenderScene& scene, const oxRenderView& view, int width, int height,
+                         const oxDepthDrawing& drawDepths) {
+  const std::vector<std::vector<bool>> seen = SeenTriangles(scene, view, width, height, drawDepths);
+  for (size_t i = 0; i < scene.batches.size(); ++i)
+    KeepTriangles(scene.batches[i], seen[i]);
 }
 
 }  // namespace OxDAERender

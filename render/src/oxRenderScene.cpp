@@ -16,6 +16,7 @@
 #include <unordered_map>
 
 #include "oxDAERender/oxRenderPicture.h"
+#include "oxDAERender/oxRenderView.h"
 
 namespace OxDAERender {
 
@@ -325,12 +326,18 @@ struct MeshJob {
   std::optional<SkinPose> pose;       // none when it is not skinned
   std::vector<oxMeshTriangles::Part> parts;
   std::shared_ptr<oxRenderVertices> vertices;  // null when nothing is drawn
+  // With an outline (see Gatherer::Outline): the corners, whose positions
+  // `vertices` holds placed, until the seen triangles are cut.
+  std::optional<OxDAEConvert::oxMeshCorners> corners;
+  // The scene's batch of each part, SIZE_MAX for a part with no corner.
+  std::vector<size_t> batches;
 };
 
 class Gatherer {
  public:
-  Gatherer(const oxDAEFile& document, const oxRenderSceneOptions& options, oxRenderScene& scene)
-      : m_document(document), m_options(options), m_scene(scene) {}
+  Gatherer(const oxDAEFile& document, const oxRenderSceneOptions& options, oxRenderScene& scene,
+           const oxSeenTriangles& seen)
+      : m_document(document), m_options(options), m_scene(scene), m_seen(seen) {}
 
   int Run() {
     const oxDAEVisualScene* visual = OxDAEConvert::FindVisualScene(m_document, m_options.scene);
@@ -478,21 +485,23 @@ class Gatherer {
     return true;
   }
 
-  // Moves `mesh`'s positions by the morph's targets at the time.
-  void ApplyMorph(const oxDAEMorph& morph, oxMeshTriangles& mesh) const {
+  // Moves `positions`, each of the POSITION record `records` gives, by the
+  // morph's targets at the time.
+  void ApplyMorph(const oxDAEMorph& morph, OxKernel::oxArray<Vec3>& positions,
+                  const OxKernel::oxArray<uint32_t>& records) const {
     const std::vector<const oxDAEAccessor*> targets = MorphTargets(m_document, morph);
     const std::vector<float> weights = MorphWeightsAt(morph, targets.size(), m_options.time);
     const bool relative = morph.method == "RELATIVE";
-    for (size_t v = 0; v < mesh.positions.size(); ++v) {
-      const Vec3 base = mesh.positions[v];
+    for (size_t v = 0; v < positions.size(); ++v) {
+      const Vec3 base = positions[v];
       Vec3 moved = base;
       for (size_t t = 0; t < targets.size(); ++t) {
         if (!targets[t] || weights[t] == 0) continue;
-        const Vec3 target = ReadVec3(*targets[t], mesh.positionRecords[v]);
+        const Vec3 target = ReadVec3(*targets[t], records[v]);
         for (int k = 0; k < 3; ++k)
           moved[k] += weights[t] * (relative ? target[k] : target[k] - base[k]);
       }
-      mesh.positions[v] = moved;
+      positions[v] = moved;
     }
   }
 
@@ -564,13 +573,15 @@ class Gatherer {
   // Notes a mesh to draw; AddMeshes cuts and places it.
   void AddMesh(const oxDAEGeometry& geometry, const oxDAEBindMaterial* binding,
                const oxMatrix44& world, const oxDAEMorph* morph, std::optional<SkinPose> pose) {
-    m_jobs.push_back({&geometry, binding, world, morph, std::move(pose), {}, nullptr});
+    m_jobs.push_back({&geometry, binding, world, morph, std::move(pose), {}, nullptr, {}, {}});
   }
 
   // Cuts and places every noted mesh, the meshes side by side on the
   // machine's cores (that work reads the document only and logs nothing),
   // then adds their batches in the order the walk met them, which keeps the
-  // batches, the materials and the messages about them in that order.
+  // batches, the materials and the messages about them in that order. With
+  // a filter of seen triangles, meshes are first outlined, the filter is
+  // asked about the outline, and only the triangles it keeps are cut.
   void AddMeshes() {
     for (const auto& [geometry, uses] : m_uses) {
       if (uses > 1) m_meshes.try_emplace(geometry);
@@ -581,18 +592,48 @@ class Gatherer {
     OxKernel::oxParallelFor(shared.size(), [&](size_t i) {
       shared[i]->second = OxDAEConvert::MeshTriangles(*shared[i]->first);
     });
-    OxKernel::oxParallelFor(m_jobs.size(), [&](size_t i) { CutAndPlace(m_jobs[i]); });
+    OxKernel::oxParallelFor(m_jobs.size(), [&](size_t i) {
+      if (!m_seen || !Outline(m_jobs[i])) CutAndPlace(m_jobs[i]);
+    });
+    for (MeshJob& job : m_jobs)
+      AddBatches(job);
+    if (!m_seen) return;
+    std::vector<std::vector<bool>> seen = m_seen(m_scene);
+    if (seen.size() != m_scene.batches.size()) seen.assign(m_scene.batches.size(), {});
+    OxKernel::oxParallelFor(m_jobs.size(), [&](size_t i) { CutSeen(m_jobs[i], seen); });
     for (MeshJob& job : m_jobs) {
-      if (!job.vertices) continue;
-      bool drawn = false;
-      for (auto& part : job.parts) {
-        if (part.indices.empty()) continue;
-        drawn = true;
-        m_scene.batches.push_back({job.vertices, std::move(part.indices), part.lines,
-                                   MaterialFor(job.binding, part.symbol)});
+      for (size_t p = 0; p < job.batches.size(); ++p) {
+        if (job.batches[p] == SIZE_MAX) continue;
+        oxRenderBatch& batch = m_scene.batches[job.batches[p]];
+        if (job.corners) {
+          batch.vertices = job.vertices;
+          batch.indices = std::move(job.parts[p].indices);
+        } else if (!seen[job.batches[p]].empty()) {
+          KeepTriangles(batch, seen[job.batches[p]]);
+        }
       }
-      if (drawn) Grow(job.vertices->positions);
     }
+    std::erase_if(m_scene.batches,
+                  [](const oxRenderBatch& batch) { return batch.indices.empty(); });
+  }
+
+  // The job's batches, a part's corners standing for its triangles while
+  // the job has an outline, and the bounds widened by the positions they
+  // read.
+  void AddBatches(MeshJob& job) {
+    if (!job.vertices) return;
+    const size_t parts = job.corners ? job.corners->parts.size() : job.parts.size();
+    job.batches.assign(parts, SIZE_MAX);
+    for (size_t p = 0; p < parts; ++p) {
+      auto& indices = job.corners ? job.corners->parts[p].corners : job.parts[p].indices;
+      if (indices.empty()) continue;
+      const bool lines = job.corners ? job.corners->parts[p].lines : job.parts[p].lines;
+      const std::string& symbol = job.corners ? job.corners->parts[p].symbol : job.parts[p].symbol;
+      job.batches[p] = m_scene.batches.size();
+      m_scene.batches.push_back(
+          {job.vertices, std::move(indices), lines, MaterialFor(job.binding, symbol)});
+    }
+    Grow(job);
   }
 
   // The job's mesh, morphed, and its vertices placed; of the mesh only its
@@ -602,16 +643,73 @@ class Gatherer {
     oxMeshTriangles mesh =
         shared != m_meshes.end() ? shared->second : OxDAEConvert::MeshTriangles(*job.geometry);
     if (mesh.positions.empty() || mesh.parts.empty()) return;
-    if (job.morph) ApplyMorph(*job.morph, mesh);
+    if (job.morph) ApplyMorph(*job.morph, mesh.positions, mesh.positionRecords);
     job.vertices = Place(mesh, job.world, job.pose ? &*job.pose : nullptr);
     job.parts = std::move(mesh.parts);
   }
 
-  // Widens the bounds by every vertex whose three coordinates are finite;
-  // the first such vertex of the scene sets them.
-  void Grow(const OxKernel::oxArray<float>& positions) {
-    for (size_t v = 0; v + 2 < positions.size(); v += 3) {
-      const float* p = &positions[v];
+  // The job's outline: its mesh's corners, and the distinct positions they
+  // read placed as Place places them (the same arithmetic, so the same
+  // floats); false, leaving the job to CutAndPlace, where the outline
+  // cannot stand for the mesh: a geometry drawn more than once is cut once
+  // for all its instances, and normals made from the triangles around a
+  // vertex need every triangle.
+  bool Outline(MeshJob& job) const {
+    if (m_meshes.count(job.geometry)) return false;
+    OxDAEConvert::oxMeshCorners corners = OxDAEConvert::MeshCorners(*job.geometry);
+    if (!corners.normals) return false;
+    if (corners.parts.empty()) return true;
+    auto& positions = corners.positions;
+    if (job.morph) ApplyMorph(*job.morph, positions.values, positions.records);
+    auto vertices = std::make_shared<oxRenderVertices>();
+    vertices->positions.reserve(positions.values.size() * 3);
+    const SkinPose* pose = job.pose ? &*job.pose : nullptr;
+    for (size_t v = 0; v < positions.values.size(); ++v) {
+      Vec3 p = positions.values[v];
+      Vec3 unused = {0, 0, 1};
+      if (pose) {
+        Deform(*pose, job.world, positions.records[v], p, unused);
+      } else {
+        p = PlacePoint(job.world, p);
+      }
+      vertices->positions.insert(vertices->positions.end(), p.begin(), p.end());
+    }
+    job.vertices = std::move(vertices);
+    job.corners = std::move(corners);
+    return true;
+  }
+
+  // The job's kept triangles cut and placed, once SeenTriangles has flagged
+  // its outline's.
+  void CutSeen(MeshJob& job, const std::vector<std::vector<bool>>& seen) const {
+    if (!job.corners) return;
+    for (size_t p = 0; p < job.batches.size(); ++p) {
+      if (job.batches[p] != SIZE_MAX) job.corners->parts[p].keep = seen[job.batches[p]];
+    }
+    oxMeshTriangles mesh = OxDAEConvert::MeshTriangles(*job.geometry, *job.corners);
+    if (job.morph) ApplyMorph(*job.morph, mesh.positions, mesh.positionRecords);
+    job.vertices = Place(mesh, job.world, job.pose ? &*job.pose : nullptr);
+    job.parts = std::move(mesh.parts);
+  }
+
+  // Widens the bounds by every position the job's batches read whose three
+  // coordinates are finite; the first such position of the scene sets them.
+  // A cut mesh's vertices are all read; an outline's positions hold every
+  // record of a source, read or not.
+  void Grow(const MeshJob& job) {
+    const OxKernel::oxArray<float>& positions = job.vertices->positions;
+    std::vector<bool> read(positions.size() / 3, !job.corners);
+    for (const size_t b : job.batches) {
+      if (b == SIZE_MAX) continue;
+      for (const uint32_t v : m_scene.batches[b].indices) {
+        if (v < read.size()) read[v] = true;
+      }
+    }
+    if (std::all_of(job.batches.begin(), job.batches.end(), [](size_t b) { return b == SIZE_MAX; }))
+      return;
+    for (size_t v = 0; v < read.size(); ++v) {
+      if (!read[v]) continue;
+      const float* p = &positions[3 * v];
       if (!(std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2]))) continue;
       const bool first = m_scene.IsEmpty();
       for (int k = 0; k < 3; ++k) {
@@ -697,13 +795,14 @@ class Gatherer {
   std::unordered_map<const oxDAEGeometry*, oxMeshTriangles> m_meshes;
   std::vector<MeshJob> m_jobs;
   std::map<std::string, std::shared_ptr<const oxRenderImage>> m_pictures;
+  const oxSeenTriangles& m_seen;
 };
 
 }  // namespace
 
 int GatherScene(const oxDAEFile& document, const oxRenderSceneOptions& options,
-                oxRenderScene& scene) {
-  return Gatherer(document, options, scene).Run();
+                oxRenderScene& scene, const oxSeenTriangles& seen) {
+  return Gatherer(document, options, scene, seen).Run();
 }
 
 }  // namespace OxDAERender

@@ -2,9 +2,11 @@
 // fuzzer's seed documents (one or more per element kind, the shapes the
 // module's tests load) and, when the shared corpus folder exists, every
 // COLLADA 1.4.x file it lists that loads. Each must render without a
-// crash, and one with geometry must cover some pixels. Pictures are
+// crash, one with geometry must cover some pixels, and cutting only the
+// triangles that can be seen must leave its picture as it is. Pictures are
 // thumbnails, to keep the sweep quick.
 #include <oxDAERender/oxRender.h>
+#include <oxDAERender/oxRenderView.h>
 
 #include <filesystem>
 
@@ -30,6 +32,15 @@ void ExpectRendered(const std::string& path, oxOffscreenRenderer& renderer) {
   ASSERT_TRUE(gathered == 0 || gathered == kRenderNoScene) << gathered;
   const oxPicture seen = renderer.Draw(scene, ViewOf(scene, kThumbnail, kThumbnail, false));
   ASSERT_EQ(seen.rgba.size(), size_t{kThumbnail} * kThumbnail * 4);
+  oxRenderScene culled;
+  oxRenderView culledView;
+  GatherScene(document, {}, culled, [&](const oxRenderScene& outline) {
+    culledView = ViewOf(outline, kThumbnail, kThumbnail, false);
+    return SeenTriangles(
+        outline, culledView, kThumbnail, kThumbnail,
+        [&](const oxRenderScene& occluders) { return renderer.Depths(occluders, culledView); });
+  });
+  EXPECT_TRUE(renderer.Draw(culled, culledView).rgba == seen.rgba);
   if (scene.IsEmpty()) return;
   // A document's camera may look elsewhere at time 0 (or see a plane edge
   // on): coverage is checked in the automatic view, which frames whatever

@@ -77,7 +77,9 @@ TEST(RenderCube, WarmedUpContextDrawsWhatANewOneDraws) {
 // is being mapped, exit would destroy the module's static objects under the
 // thread building them (without the wait, runs ending 42 to 81 ms after
 // Prepare crashed or hung). Each run is a child that ends 3 ms later than
-// the one before, given 30 s.
+// the one before, given 30 s. The case needs a process of its own, as
+// ctest gives each: a child forked from a process that has drawn inherits
+// Mesa's state without the threads behind it, and cannot draw.
 TEST(RenderCube, ProcessEndingRightAfterPreparingEnds) {
   for (int run = 0; run < 30; ++run) {
     std::fflush(nullptr);

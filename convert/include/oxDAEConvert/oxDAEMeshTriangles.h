@@ -50,4 +50,48 @@ struct oxMeshTriangles {
 // as unknown children of <mesh>.
 oxMeshTriangles MeshTriangles(const OxDAEReader::oxDAEGeometry& geometry);
 
+// Where the corners of a mesh's parts lie, before any vertex is made: a
+// cheap first look for a host that draws only some of the triangles (those
+// it can see, say), then cuts just those with the MeshTriangles below.
+struct oxMeshCorners {
+  // The POSITION values the corners read, each (source, record) once: every
+  // record of each source the mesh reads, in the order the parts first
+  // name the sources, then the corners' indices past their source or
+  // negative, each once in the order met.
+  struct Positions {
+    // x y z, as MeshTriangles reads them: zeros past the source.
+    OxKernel::oxArray<std::array<float, 3>> values;
+    // The record, as oxMeshTriangles::positionRecords gives it (0 for a
+    // negative index).
+    OxKernel::oxArray<uint32_t> records;
+  };
+
+  // The corners of MeshTriangles's part of the same number: the same
+  // symbol and kind, a corner for each of its indices, in order.
+  struct Part {
+    std::string symbol;
+    bool lines = false;
+    OxKernel::oxArray<uint32_t> corners;  // the entry of `positions` each corner reads
+    // Which triangles MeshTriangles(geometry, corners) makes, by number;
+    // empty (the default) for all of them. Line segments are all made.
+    std::vector<bool> keep;
+  };
+
+  Positions positions;
+  std::vector<Part> parts;
+  bool normals = false;  // some primitive has a NORMAL input
+};
+
+// The corners of `geometry`'s mesh (empty for a geometry without one), cut
+// as MeshTriangles cuts them.
+oxMeshCorners MeshCorners(const OxDAEReader::oxDAEGeometry& geometry);
+
+// MeshTriangles(geometry) with only the triangles `corners` (from
+// MeshCorners of the same geometry) keeps, and only the vertices they and
+// the line segments use: the kept triangles and every segment come in the
+// same order, over vertices of the same values, numbered as the kept
+// triangles first use them.
+oxMeshTriangles MeshTriangles(const OxDAEReader::oxDAEGeometry& geometry,
+                              const oxMeshCorners& corners);
+
 }  // namespace OxDAEConvert

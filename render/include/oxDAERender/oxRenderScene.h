@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -154,7 +155,24 @@ enum oxRenderResult : int {
 //
 // Returns 0, kRenderNoScene or kRenderNoCamera, each failure after a
 // logged error. A scene with nothing to draw is not a failure.
+//
+// With `seen` (empty by default), only the triangles it keeps are cut, the
+// work of cutting the others (their vertices, normals and texture
+// coordinates) spared. It is called once, with the scene's outline: the
+// materials, camera, up axis and bounds the scene ends with, and the same
+// batches in the same order, but each mesh drawn once over the distinct
+// positions its corners read (placed, with neither normals nor texture
+// coordinates), a batch's indices naming a position per corner. It returns
+// per outline batch, per triangle, whether to cut it (SeenTriangles gives
+// such flags; a flag per segment of a batch of lines, all of which are
+// kept); with a flag list for some other number of batches, every triangle
+// is cut. The scene keeps the flagged triangles of each batch, in order,
+// over vertices of the same positions the outline gave them, and leaves
+// out the batches left empty. A geometry instanced more than once, and one
+// without normals (which are made from every triangle around a vertex), is
+// cut whole and then loses the unflagged triangles.
+using oxSeenTriangles = std::function<std::vector<std::vector<bool>>(const oxRenderScene& outline)>;
 int GatherScene(const OxDAEReader::oxDAEFile& document, const oxRenderSceneOptions& options,
-                oxRenderScene& scene);
+                oxRenderScene& scene, const oxSeenTriangles& seen = {});
 
 }  // namespace OxDAERender

@@ -80,6 +80,17 @@ using oxDepthDrawing = std::function<std::vector<float>(const oxRenderScene& occ
 void DropUnseenTriangles(oxRenderScene& scene, const oxRenderView& view, int width, int height,
                          const oxDepthDrawing& drawDepths = {});
 
+// What DropUnseenTriangles keeps, without dropping anything: per batch,
+// per triangle, whether it may colour a pixel (a flag per segment of a
+// batch of lines, all true).
+std::vector<std::vector<bool>> SeenTriangles(const oxRenderScene& scene, const oxRenderView& view,
+                                             int width, int height,
+                                             const oxDepthDrawing& drawDepths = {});
+
+// Keeps in `batch` only the triangles `keep` flags, in their order; a
+// triangle past the flags is dropped. A batch of lines is left as it is.
+void KeepTriangles(oxRenderBatch& batch, const std::vector<bool>& keep);
+
 // The inverse of `m` (a general 4 x 4 inverse); the identity when `m` is
 // singular.
 oxGLMatrix Inverse(const oxGLMatrix& m);
