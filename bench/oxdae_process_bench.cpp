@@ -1,5 +1,6 @@
 // oxdae_process_bench: `oxdae info` against the floor program (oxdae_floor),
-// and `oxdae convert` to a .glb against `oxdae info`, each run as a whole
+// and `oxdae convert` to a .glb and `oxdae render` to a .png against
+// `oxdae info`, each run as a whole
 // process, alternated in one run (A B A B ...) so that
 // both see the same machine. Process start, reading, page faults and exit are
 // all counted, as a user waiting for the command sees them.
@@ -8,7 +9,8 @@
 //
 // Without --file a document of N * 10^6 bytes (default 50) is generated into a
 // temporary file. Each round runs the floor, then `oxdae info`, then `oxdae
-// convert` to a .glb beside the document (removed afterwards); the table
+// convert` to a .glb and `oxdae render` to a 512 x 512 .png beside the
+// document (both removed afterwards); the table
 // gives medians of wall-clock, user and system time, minor page faults and
 // peak resident memory (default 7 rounds). The programs are looked up beside
 // this one.
@@ -47,6 +49,7 @@ constexpr const char* kUsage =
 constexpr double kTimeTarget = 0.6;     // oxdae info wall time / floor wall time
 constexpr double kMemoryTarget = 1.5;   // oxdae info peak memory / floor peak memory
 constexpr double kConvertTarget = 2.0;  // oxdae convert (.glb) wall time / oxdae info wall time
+constexpr double kRenderTarget = 1.5;   // oxdae render wall time / oxdae info wall time
 constexpr oxdae_bench::TargetColumns kTargetColumns = {60, 20, 18};
 
 // What one process cost, from its start to its end.
@@ -111,30 +114,38 @@ int Measure(const std::string& input, int rounds) {
   const std::string floor = (here / "oxdae_floor").string();
   const std::string oxdae = (here / "oxdae").string();
   const std::string glb = input + ".glb";
+  const std::string png = input + ".png";
   std::vector<Run> floorRuns;
   std::vector<Run> infoRuns;
   std::vector<Run> convertRuns;
+  std::vector<Run> renderRuns;
   for (int round = 0; round < rounds; ++round) {
     Run a;
     Run b;
     Run c;
+    Run d;
     if (!RunProcess({floor, input}, a) || !RunProcess({oxdae, "info", input}, b) ||
-        !RunProcess({oxdae, "convert", input, glb}, c)) {
-      std::fprintf(stderr, "%s: '%s', '%s info' or '%s convert' failed on %s\n", kProgram,
-                   floor.c_str(), oxdae.c_str(), oxdae.c_str(), input.c_str());
+        !RunProcess({oxdae, "convert", input, glb}, c) ||
+        !RunProcess({oxdae, "render", input, "--out", png}, d)) {
+      std::fprintf(stderr, "%s: '%s', or '%s' info, convert or render failed on %s\n", kProgram,
+                   floor.c_str(), oxdae.c_str(), input.c_str());
       std::filesystem::remove(glb);
+      std::filesystem::remove(png);
       return 1;
     }
     floorRuns.push_back(a);
     infoRuns.push_back(b);
     convertRuns.push_back(c);
+    renderRuns.push_back(d);
   }
   std::filesystem::remove(glb);
+  std::filesystem::remove(png);
   std::printf("\n  oxdae info / floor, medians of both\n  %-12s %12s %12s %12s %11s %12s\n",
               "median of", "wall", "user", "system", "faults", "peak");
   PrintRow("floor", floorRuns);
   PrintRow("oxdae info", infoRuns);
   PrintRow("convert .glb", convertRuns);
+  PrintRow("render .png", renderRuns);
   const double time = Median(infoRuns, &Run::wall) / Median(floorRuns, &Run::wall);
   const double memory = Median(infoRuns, &Run::peakKB) / Median(floorRuns, &Run::peakKB);
   oxdae_bench::PrintTargetsHeading(kTargetColumns);
@@ -145,6 +156,9 @@ int Measure(const std::string& input, int rounds) {
   const double convert = Median(convertRuns, &Run::wall) / Median(infoRuns, &Run::wall);
   oxdae_bench::PrintTarget(kTargetColumns, "convert / info", Format("%.2fx", convert),
                            Format("<= %.2fx", kConvertTarget), convert <= kConvertTarget);
+  const double render = Median(renderRuns, &Run::wall) / Median(infoRuns, &Run::wall);
+  oxdae_bench::PrintTarget(kTargetColumns, "render / info", Format("%.2fx", render),
+                           Format("<= %.2fx", kRenderTarget), render <= kRenderTarget);
   return 0;
 }
 
@@ -155,7 +169,9 @@ bool ParseArguments(int argc, char** argv, oxdae_bench::DocumentArguments& optio
 }
 
 int Run(const oxdae_bench::DocumentArguments& options) {
-  std::printf("%s: oxdae info against the floor, whole processes\n", kProgram);
+  std::printf(
+      "%s: oxdae info against the floor, convert and render against info, whole processes\n",
+      kProgram);
   if (!options.file.empty()) {
     if (oxdae_bench::OpenInput(kProgram, options.file, options.runs) == 0) return 1;
     return Measure(options.file, options.runs);
