@@ -582,8 +582,11 @@ std::vector<std::vector<bool>> SeenTriangles(const oxRenderScene& scene, const o
                           [&](size_t i) { placed[i] = PlaceAll(*shared[i], clip, width, height); });
   const OcclusionGrid grid = GridOf(scene, slotOfBatch, placed, width, height);
   std::optional<DrawnDepths> drawn;
-  if (drawDepths) {
-    std::vector<float> depths = drawDepths(Occluders(scene, grid.Owners()));
+  // Without a triangle that sets a cell's depth, the drawn depths would be
+  // the far plane's everywhere and hide nothing: they are not drawn.
+  const std::vector<uint64_t> owners = grid.Owners();
+  if (drawDepths && !owners.empty()) {
+    std::vector<float> depths = drawDepths(Occluders(scene, owners));
     if (depths.size() == static_cast<size_t>(width) * static_cast<size_t>(height))
       drawn.emplace(std::move(depths), width, height);
   }

@@ -346,6 +346,22 @@ TEST(RenderCull, UndrawnPixelBesideTheTriangleKeepsNothing) {
             (std::vector<uint32_t>{0, 1, 2}));
 }
 
+// Without a triangle that covers a whole cell there is nothing to draw the
+// depth of: it is not asked for, and the cells alone decide.
+TEST(RenderCull, NoTriangleCoveringACellAsksForNoDepths) {
+  oxRenderScene scene;
+  scene.batches.push_back(
+      Batch(Vertices({-0.5f, -0.5f, 0.0f, 0.0f, -0.5f, 0.0f, -0.5f, 0.0f, 0.0f}), {0, 1, 2}));
+  int asked = 0;
+  DropUnseenTriangles(scene, oxRenderView{}, kOcclusionSide, kOcclusionSide,
+                      [&](const oxRenderScene&) {
+                        ++asked;
+                        return std::vector<float>{};
+                      });
+  EXPECT_EQ(asked, 0);
+  EXPECT_EQ(Indices(scene.batches[0]), (std::vector<uint32_t>{0, 1, 2}));
+}
+
 // A renderer that cannot draw gives no depths: the cells alone decide.
 TEST(RenderCull, NoDrawnDepthsLeavesTheCellsToDecide) {
   std::vector<uint32_t> occluders;
