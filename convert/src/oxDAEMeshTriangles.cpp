@@ -85,26 +85,47 @@ oxMeshTriangles FromGroups(const std::vector<oxMeshGroup>& groups) {
 
 // Numbers the entries of oxMeshCorners::positions: every record of each
 // source in one run, and the indices past a source or negative one by one.
+// A source far larger than the corners that read it (a shared array, or a
+// hostile one) is numbered record by record as its corners name them
+// instead, so that the entries never outgrow the corners.
 class PositionEntries {
  public:
   explicit PositionEntries(oxMeshCorners::Positions& positions) : m_positions(positions) {}
 
-  uint32_t Of(const OxDAEReader::oxDAEAccessor* source, int32_t index) {
-    const auto [run, added] = m_runs.try_emplace(source, Run{m_positions.values.size(), 0});
-    if (added) run->second.count = AddRun(source);
-    if (index >= 0 && static_cast<size_t>(index) < run->second.count)
-      return static_cast<uint32_t>(run->second.first + static_cast<size_t>(index));
-    const auto [stray, new_] =
-        m_strays.try_emplace({source, std::max(index, -1)}, m_positions.values.size());
-    if (new_) Add(oxRecords(source), index);
-    return static_cast<uint32_t>(stray->second);
-  }
-
- private:
+  // Where the records of `source` begin among the entries, and how many
+  // there are: each record of a corner lies there, which spares a lookup
+  // per corner.
   struct Run {
     size_t first;
     size_t count;
+    uint32_t Of(const OxDAEReader::oxDAEAccessor* source, int32_t index,
+                PositionEntries& entries) const {
+      if (index >= 0 && static_cast<size_t>(index) < count)
+        return static_cast<uint32_t>(first + static_cast<size_t>(index));
+      return entries.Stray(source, index);
+    }
   };
+
+  // The run of `source`, which `corners` corners of the mesh read.
+  Run RunOf(const OxDAEReader::oxDAEAccessor* source, size_t corners) {
+    const auto [run, added] = m_runs.try_emplace(source, Run{m_positions.values.size(), 0});
+    if (added && HeldRecords(source) <= kRunPerCorner * corners + kSmallRun)
+      run->second.count = AddRun(source);
+    return run->second;
+  }
+
+ private:
+  // How many records a run may hold per corner reading it, beyond a few.
+  static constexpr size_t kRunPerCorner = 4;
+  static constexpr size_t kSmallRun = 4096;
+
+  // The entry of an index past `source`'s run or negative, added when new.
+  uint32_t Stray(const OxDAEReader::oxDAEAccessor* source, int32_t index) {
+    const auto [stray, added] =
+        m_strays.try_emplace({source, std::max(index, -1)}, m_positions.values.size());
+    if (added) Add(oxRecords(source), index);
+    return static_cast<uint32_t>(stray->second);
+  }
 
   // Adds every record the source's array holds; returns how many.
   size_t AddRun(const OxDAEReader::oxDAEAccessor* source) {
@@ -152,6 +173,9 @@ oxMeshCorners MeshCorners(const OxDAEReader::oxDAEGeometry& geometry) {
   oxMeshCorners mesh;
   if (!geometry.mesh) return mesh;
   const std::vector<oxCornerGroup> groups = GroupCorners(*geometry.mesh);
+  std::map<const OxDAEReader::oxDAEAccessor*, size_t> reading;
+  for (const oxCornerGroup& group : groups)
+    reading[group.positions] += group.corners.size();
   PositionEntries entries(mesh.positions);
   std::map<std::pair<std::string, bool>, size_t> parts;
   for (const oxCornerGroup& group : groups) {
@@ -161,8 +185,9 @@ oxMeshCorners MeshCorners(const OxDAEReader::oxDAEGeometry& geometry) {
     if (added) mesh.parts.push_back({group.symbol, lines, {}, {}});
     OxKernel::oxArray<uint32_t>& corners = mesh.parts[at->second].corners;
     corners.reserve(corners.size() + group.corners.size());
+    const PositionEntries::Run run = entries.RunOf(group.positions, reading[group.positions]);
     for (const int32_t index : group.corners)
-      corners.push_back(entries.Of(group.positions, index));
+      corners.push_back(run.Of(group.positions, index, entries));
   }
   return mesh;
 }

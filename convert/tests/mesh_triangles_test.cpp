@@ -240,3 +240,28 @@ TEST_XML(MeshTrianglesTest, CornersWithoutKeepFlagsMakeTheWholeMesh,
   ASSERT_EQ(kept.parts.size(), 1u);
   EXPECT_EQ(kept.parts[0].indices, whole.parts[0].indices);
 }
+
+// A source of 10,000 records read by one triangle is not taken whole: its
+// three records are entries in the order the corners name them.
+TEST_XML(MeshTrianglesTest, SourceFarLargerThanItsCornersGivesOnlyTheRecordsRead,
+         oxtest::Collada(OxKernel::oxConcat(
+             R"(<library_geometries><geometry id="g"><mesh>
+             <source id="p"><float_array id="pa" count="30000">)",
+             [] {
+               std::string values;
+               for (int i = 0; i < 30000; ++i)
+                 values += std::to_string(i % 7) + " ";
+               return values;
+             }(),
+             R"(</float_array><technique_common><accessor source="#pa" count="10000" stride="3"/>
+             </technique_common></source>
+             <vertices id="v"><input semantic="POSITION" source="#p"/></vertices>
+             <triangles count="1"><input semantic="VERTEX" source="#v" offset="0"/>
+             <p>9000 5 9000</p></triangles></mesh></geometry></library_geometries>)"))) {
+  const oxMeshCorners corners = Corners();
+  EXPECT_EQ(corners.positions.records, (OxKernel::oxArray<uint32_t>{9000, 5}));
+  EXPECT_EQ(corners.positions.values, (OxKernel::oxArray<Float3>{{1, 2, 3}, {1, 2, 3}}));
+  ASSERT_EQ(corners.parts.size(), 1u);
+  EXPECT_EQ(corners.parts[0].corners, (OxKernel::oxArray<uint32_t>{0, 1, 0}));
+  ExpectSameCorners(corners, Mesh());
+}

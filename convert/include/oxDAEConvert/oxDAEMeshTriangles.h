@@ -57,7 +57,9 @@ struct oxMeshCorners {
   // The POSITION values the corners read, each (source, record) once: every
   // record of each source the mesh reads, in the order the parts first
   // name the sources, then the corners' indices past their source or
-  // negative, each once in the order met.
+  // negative, each once in the order met. A source of more than four
+  // records per corner reading it (and 4,096 besides) is not taken whole:
+  // its records are entries as the corners first name them.
   struct Positions {
     // x y z, as MeshTriangles reads them: zeros past the source.
     OxKernel::oxArray<std::array<float, 3>> values;
