@@ -97,6 +97,21 @@ TEST(RenderCull, LinesAndIndicesPastTheVerticesAreKept) {
   EXPECT_EQ(Indices(scene.batches[1]), (std::vector<uint32_t>{0, 1, 7}));
 }
 
+// The same scene flagged rather than cut: a flag per segment of the lines,
+// all set, and a flag per triangle.
+TEST(RenderCull, SeenTrianglesFlagsWhatDroppingWouldKeep) {
+  const auto vertices = Vertices({0.0f, 0.0f, 0.0f, 0.1f, 0.0f, 0.0f, 0.0f, 0.1f, 0.0f});
+  oxRenderScene scene;
+  scene.batches.push_back(Batch(vertices, {0, 1, 1, 2}, true));
+  scene.batches.push_back(Batch(vertices, {0, 1, 7, 0, 1, 2}));
+  const std::vector<std::vector<bool>> seen = SeenTriangles(scene, oxRenderView{}, kSide, kSide);
+  ASSERT_EQ(seen.size(), 2u);
+  EXPECT_EQ(seen[0], (std::vector<bool>{true, true}));
+  EXPECT_EQ(seen[1], (std::vector<bool>{true, false}));
+  KeepTriangles(scene.batches[1], seen[1]);
+  EXPECT_EQ(Indices(scene.batches[1]), (std::vector<uint32_t>{0, 1, 7}));
+}
+
 // A grid of 200 x 200 cells, two triangles each, over a 32 x 32 picture:
 // most triangles fall between pixel centres, and the picture without them
 // is the picture with them, pixel for pixel.

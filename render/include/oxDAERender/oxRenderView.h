@@ -64,9 +64,10 @@ using oxDepthDrawing = std::function<std::vector<float>(const oxRenderScene& occ
 //
 // With `drawDepths` (empty by default), the triangles that gave the cells
 // their depths, when there are some, are drawn first, and hiding is judged
-// against the depth buffer they leave: per cell by its farthest pixel, then pixel by pixel
-// where that does not settle it, a pixel centre counting when the square
-// of 1/64 pixel around it reaches inside the triangle. The rest of the
+// against the depth buffer they leave: per cell by its farthest pixel,
+// then pixel by pixel where that does not settle it, a pixel centre
+// counting when the square of 1/64 pixel around it reaches inside the
+// triangle. The rest of the
 // scene can only bring pixels nearer, so this drops what the cells alone
 // cannot see is hidden where several triangles meet. When it returns no
 // depths, the cells alone decide.
