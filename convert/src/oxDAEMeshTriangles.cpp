@@ -38,6 +38,24 @@ size_t NamedChannel(const oxMeshGroup& group, std::string_view name) {
   return SIZE_MAX;
 }
 
+// Where each (material symbol, lines) part stands in a list of parts.
+using PartPlaces = std::map<std::pair<std::string, bool>, size_t>;
+
+// The part of `parts` that `group`'s triangles or segments go to, added at
+// the end when its symbol and kind are new: MeshTriangles and MeshCorners
+// number their parts alike.
+template <typename Part, typename Group>
+Part& PartOf(const Group& group, std::vector<Part>& parts, PartPlaces& places) {
+  const bool lines = group.mode == 1;
+  const auto [at, added] = places.try_emplace({group.symbol, lines}, parts.size());
+  if (added) {
+    parts.emplace_back();
+    parts.back().symbol = group.symbol;
+    parts.back().lines = lines;
+  }
+  return parts[at->second];
+}
+
 // The mesh of the groups GroupPrimitives made.
 oxMeshTriangles FromGroups(const std::vector<oxMeshGroup>& groups) {
   oxMeshTriangles mesh;
@@ -60,7 +78,7 @@ oxMeshTriangles FromGroups(const std::vector<oxMeshGroup>& groups) {
   if (texcoords) mesh.texcoords.reserve(vertices);
   if (colors) mesh.colors.reserve(vertices);
   mesh.positionRecords.reserve(vertices);
-  std::map<std::pair<std::string, bool>, size_t> parts;
+  PartPlaces places;
   for (const oxMeshGroup& group : groups) {
     const size_t first = mesh.positions.size();
     AppendChannel(group, ChannelOf(group, Kind::Position), first, mesh.positions);
@@ -71,10 +89,7 @@ oxMeshTriangles FromGroups(const std::vector<oxMeshGroup>& groups) {
     for (size_t i = 0; i < group.vertices.size(); ++i)
       mesh.positionRecords.push_back(
           static_cast<uint32_t>(std::max(group.vertices[i][position], 0)));
-    const bool lines = group.mode == 1;
-    const auto [at, added] = parts.try_emplace({group.symbol, lines}, mesh.parts.size());
-    if (added) mesh.parts.push_back({group.symbol, lines, {}});
-    OxKernel::oxArray<uint32_t>& indices = mesh.parts[at->second].indices;
+    OxKernel::oxArray<uint32_t>& indices = PartOf(group, mesh.parts, places).indices;
     const size_t from = indices.size();
     indices.resize(from + group.indices.size());
     for (size_t i = 0; i < group.indices.size(); ++i)
@@ -177,13 +192,10 @@ oxMeshCorners MeshCorners(const OxDAEReader::oxDAEGeometry& geometry) {
   for (const oxCornerGroup& group : groups)
     reading[group.positions] += group.corners.size();
   PositionEntries entries(mesh.positions);
-  std::map<std::pair<std::string, bool>, size_t> parts;
+  PartPlaces places;
   for (const oxCornerGroup& group : groups) {
     mesh.normals = mesh.normals || group.normals;
-    const bool lines = group.mode == 1;
-    const auto [at, added] = parts.try_emplace({group.symbol, lines}, mesh.parts.size());
-    if (added) mesh.parts.push_back({group.symbol, lines, {}, {}});
-    OxKernel::oxArray<uint32_t>& corners = mesh.parts[at->second].corners;
+    OxKernel::oxArray<uint32_t>& corners = PartOf(group, mesh.parts, places).corners;
     corners.reserve(corners.size() + group.corners.size());
     const PositionEntries::Run run = entries.RunOf(group.positions, reading[group.positions]);
     for (const int32_t index : group.corners)

@@ -125,20 +125,28 @@ void DrawPass(const oxRenderScene& scene, bool pass, TextureCache& textures) {
   }
 }
 
-// Every triangle's edges, dark and unlit, over what is drawn.
-void DrawEdges(const oxRenderScene& scene) {
+// The triangles of the batches of `scene` (the opaque ones alone when
+// `opaqueOnly`) by their positions only: unlit, untextured, in the current
+// colour.
+void DrawPlainTriangles(const oxRenderScene& scene, bool opaqueOnly) {
   glDisable(GL_LIGHTING);
   glDisable(GL_TEXTURE_2D);
   glDisableClientState(GL_TEXTURE_COORD_ARRAY);
   glDisableClientState(GL_NORMAL_ARRAY);
-  glColor4fv(kEdgeColor);
-  glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
+  glEnableClientState(GL_VERTEX_ARRAY);
   for (const oxRenderBatch& batch : scene.batches) {
-    if (batch.lines || batch.indices.empty()) continue;
+    if (batch.lines || batch.indices.empty() || (opaqueOnly && scene.IsBlended(batch))) continue;
     glVertexPointer(3, GL_FLOAT, 0, batch.vertices->positions.data());
     glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(batch.indices.size()), GL_UNSIGNED_INT,
                    batch.indices.data());
   }
+}
+
+// Every triangle's edges, dark and unlit, over what is drawn.
+void DrawEdges(const oxRenderScene& scene) {
+  glColor4fv(kEdgeColor);
+  glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
+  DrawPlainTriangles(scene, false);
   glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
 }
 
@@ -170,17 +178,7 @@ void DrawDepths(const oxRenderScene& scene, const oxRenderView& view, int width,
                 float* depths) {
   SetUpState(view, width, height);
   glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
-  glDisable(GL_LIGHTING);
-  glDisable(GL_TEXTURE_2D);
-  glDisableClientState(GL_TEXTURE_COORD_ARRAY);
-  glDisableClientState(GL_NORMAL_ARRAY);
-  glEnableClientState(GL_VERTEX_ARRAY);
-  for (const oxRenderBatch& batch : scene.batches) {
-    if (batch.lines || batch.indices.empty() || scene.IsBlended(batch)) continue;
-    glVertexPointer(3, GL_FLOAT, 0, batch.vertices->positions.data());
-    glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(batch.indices.size()), GL_UNSIGNED_INT,
-                   batch.indices.data());
-  }
+  DrawPlainTriangles(scene, true);
   glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
   glPixelStorei(GL_PACK_ALIGNMENT, 1);
   glReadPixels(0, 0, width, height, GL_DEPTH_COMPONENT, GL_FLOAT, depths);

@@ -109,12 +109,13 @@ int RenderDocument(const OxDAEReader::oxDAEFile& document, const oxRenderOptions
                            options.yUp, options.wireframe, scene, view);
       result != 0)
     return result;
-  if (!drawing().IsValid()) {
+  oxOffscreenRenderer& made = drawing();
+  if (!made.IsValid()) {
     OX_LOG(OxKernel::kLogError, "cannot make an off-screen OpenGL context (OSMesa)");
     return kRenderNoContext;
   }
   if (scene.IsEmpty()) OX_LOG(OxKernel::kLogWarning, "the scene has no geometry to draw");
-  picture = renderer->Draw(scene, view, {options.wireframe});
+  picture = made.Draw(scene, view, {options.wireframe});
   return 0;
 }
 

@@ -159,6 +159,14 @@ struct Edge {
   double inverseNx = 0.0;  // 1 / nx, 0 when nx is
 };
 
+// Narrows [low, high] to the x where nx x >= `needed` along `edge`; empties
+// it (high below low) for a level edge that nowhere reaches `needed`.
+void NarrowToEdge(const Edge& edge, double needed, double& low, double& high) {
+  if (edge.nx > 0.0) low = std::max(low, needed * edge.inverseNx);
+  if (edge.nx < 0.0) high = std::min(high, needed * edge.inverseNx);
+  if (edge.nx == 0.0 && needed > 0.0) high = low - 1.0;
+}
+
 std::array<Edge, 3> EdgesOf(const WindowVertex& a, const WindowVertex& b, const WindowVertex& c) {
   const double turn = (b.x - a.x) * (c.y - a.y) - (c.x - a.x) * (b.y - a.y) > 0 ? 1.0 : -1.0;
   const WindowVertex* corners[3] = {&a, &b, &c};
@@ -335,12 +343,8 @@ class OcclusionGrid {
       // The cells' left and right centres must lie in [low, high].
       double low = -1.0;
       double high = m_cells.width + 1.0;
-      for (const Edge& edge : edges) {
-        const double needed = kSlack - edge.d - std::min(edge.ny * yl, edge.ny * yh);
-        if (edge.nx > 0.0) low = std::max(low, needed * edge.inverseNx);
-        if (edge.nx < 0.0) high = std::min(high, needed * edge.inverseNx);
-        if (edge.nx == 0.0 && needed > 0.0) high = low - 1.0;
-      }
+      for (const Edge& edge : edges)
+        NarrowToEdge(edge, kSlack - edge.d - std::min(edge.ny * yl, edge.ny * yh), low, high);
       if (!(low <= high)) continue;
       for (int column = CeilCell(low - 0.5); column < m_cells.columns; ++column) {
         const auto [xl, xh] = Centres(column, m_cells.width);
@@ -454,13 +458,9 @@ class DrawnDepths {
       if (yc < f.bottom || yc > f.top) continue;
       double low = firstX + 0.5;
       double high = lastX + 0.5;
-      for (const Edge& e : f.edges) {
-        // nx xc + rest >= 0, the edge reaching kSlack further either way.
-        const double rest = e.ny * yc + e.d + kSlack * (std::abs(e.nx) + std::abs(e.ny));
-        if (e.nx > 0.0) low = std::max(low, -rest * e.inverseNx);
-        if (e.nx < 0.0) high = std::min(high, -rest * e.inverseNx);
-        if (e.nx == 0.0 && rest < 0.0) high = low - 1.0;
-      }
+      // Each edge reaching kSlack further either way.
+      for (const Edge& e : f.edges)
+        NarrowToEdge(e, -(e.ny * yc + e.d + kSlack * (std::abs(e.nx) + std::abs(e.ny))), low, high);
       // A centre on the run's ends by rounding is taken in.
       const int from = std::max(firstX, static_cast<int>(std::ceil(low - 0.5 - kRunRounding)));
       const int to = std::min(lastX, static_cast<int>(std::floor(high - 0.5 + kRunRounding)));

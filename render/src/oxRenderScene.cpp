@@ -542,6 +542,21 @@ class Gatherer {
   }
 
   // The world-space vertices of `mesh` placed by `world`, or by the skin.
+  // Places a vertex of POSITION record `record` by the skin, else by
+  // `world` (`normalMatrix` being its NormalMatrix). An outline's positions
+  // and the vertices cut later go through here alike, so that they are the
+  // same floats.
+  static void PlaceVertex(const SkinPose* pose, const oxMatrix44& world,
+                          const oxMatrix44& normalMatrix, uint32_t record, Vec3& position,
+                          Vec3& normal) {
+    if (pose) {
+      Deform(*pose, world, record, position, normal);
+      return;
+    }
+    position = PlacePoint(world, position);
+    normal = TurnVector(normalMatrix, normal);
+  }
+
   std::shared_ptr<oxRenderVertices> Place(const oxMeshTriangles& mesh, const oxMatrix44& world,
                                           const SkinPose* pose) const {
     auto vertices = std::make_shared<oxRenderVertices>();
@@ -552,12 +567,7 @@ class Gatherer {
     for (size_t v = 0; v < mesh.positions.size(); ++v) {
       Vec3 p = mesh.positions[v];
       Vec3 n = hasNormals ? mesh.normals[v] : Vec3{0, 0, 1};
-      if (pose) {
-        Deform(*pose, world, mesh.positionRecords[v], p, n);
-      } else {
-        p = PlacePoint(world, p);
-        n = TurnVector(normalMatrix, n);
-      }
+      PlaceVertex(pose, world, normalMatrix, mesh.positionRecords[v], p, n);
       vertices->positions.insert(vertices->positions.end(), p.begin(), p.end());
       if (!hasNormals) continue;
       n = Normalised(n);
@@ -622,18 +632,27 @@ class Gatherer {
   // read.
   void AddBatches(MeshJob& job) {
     if (!job.vertices) return;
-    const size_t parts = job.corners ? job.corners->parts.size() : job.parts.size();
-    job.batches.assign(parts, SIZE_MAX);
-    for (size_t p = 0; p < parts; ++p) {
-      auto& indices = job.corners ? job.corners->parts[p].corners : job.parts[p].indices;
-      if (indices.empty()) continue;
-      const bool lines = job.corners ? job.corners->parts[p].lines : job.parts[p].lines;
-      const std::string& symbol = job.corners ? job.corners->parts[p].symbol : job.parts[p].symbol;
-      job.batches[p] = m_scene.batches.size();
-      m_scene.batches.push_back(
-          {job.vertices, std::move(indices), lines, MaterialFor(job.binding, symbol)});
+    if (job.corners) {
+      AddPartBatches(job, job.corners->parts, &OxDAEConvert::oxMeshCorners::Part::corners);
+    } else {
+      AddPartBatches(job, job.parts, &oxMeshTriangles::Part::indices);
     }
     Grow(job);
+  }
+
+  // A batch for each part with indices (its `indices` member), noted in
+  // job.batches.
+  template <typename Part>
+  void AddPartBatches(MeshJob& job, std::vector<Part>& parts,
+                      OxKernel::oxArray<uint32_t> Part::*indices) {
+    job.batches.assign(parts.size(), SIZE_MAX);
+    for (size_t p = 0; p < parts.size(); ++p) {
+      Part& part = parts[p];
+      if ((part.*indices).empty()) continue;
+      job.batches[p] = m_scene.batches.size();
+      m_scene.batches.push_back({job.vertices, std::move(part.*indices), part.lines,
+                                 MaterialFor(job.binding, part.symbol)});
+    }
   }
 
   // The job's mesh, morphed, and its vertices placed; of the mesh only its
@@ -649,11 +668,9 @@ class Gatherer {
   }
 
   // The job's outline: its mesh's corners, and the distinct positions they
-  // read placed as Place places them (the same arithmetic, so the same
-  // floats); false, leaving the job to CutAndPlace, where the outline
-  // cannot stand for the mesh: a geometry drawn more than once is cut once
-  // for all its instances, and normals made from the triangles around a
-  // vertex need every triangle.
+  // read placed as Place places them (PlaceVertex); false, leaving the job to CutAndPlace, where
+  // the outline cannot stand for the mesh: a geometry drawn more than once is cut once for all its
+  // instances, and normals made from the triangles around a vertex need every triangle.
   bool Outline(MeshJob& job) const {
     if (m_meshes.count(job.geometry)) return false;
     OxDAEConvert::oxMeshCorners corners = OxDAEConvert::MeshCorners(*job.geometry);
@@ -664,14 +681,11 @@ class Gatherer {
     auto vertices = std::make_shared<oxRenderVertices>();
     vertices->positions.reserve(positions.values.size() * 3);
     const SkinPose* pose = job.pose ? &*job.pose : nullptr;
+    const oxMatrix44 normalMatrix = NormalMatrix(job.world);
     for (size_t v = 0; v < positions.values.size(); ++v) {
       Vec3 p = positions.values[v];
       Vec3 unused = {0, 0, 1};
-      if (pose) {
-        Deform(*pose, job.world, positions.records[v], p, unused);
-      } else {
-        p = PlacePoint(job.world, p);
-      }
+      PlaceVertex(pose, job.world, normalMatrix, positions.records[v], p, unused);
       vertices->positions.insert(vertices->positions.end(), p.begin(), p.end());
     }
     job.vertices = std::move(vertices);

@@ -37,11 +37,12 @@ class oxOffscreenRenderer {
   // then makes a context and draws one lit triangle with it, and its depth
   // alone as Depths does, which compiles the programs most pictures use
   // (about 0.1 s). The first renderer made afterwards waits for that thread
-  // and takes the context; later ones make their own. Calling it again does nothing. It reports nothing: a module
-  // that cannot be loaded is reported when a renderer is made. A process
-  // that calls it must not end before FinishPreparing() (or the making of a
-  // renderer) has returned: exit would destroy the module's static objects
-  // while that thread still builds them, and could hang there.
+  // and takes the context; later ones make their own. Calling it again does
+  // nothing. It reports nothing: a module that cannot be loaded is reported
+  // when a renderer is made. A process that calls it must not end before
+  // FinishPreparing() (or the making of a renderer) has returned: exit
+  // would destroy the module's static objects while that thread still
+  // builds them, and could hang there.
   static void Prepare();
 
   // Returns once the thread Prepare() started, if any, has finished; at
