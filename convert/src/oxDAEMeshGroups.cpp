@@ -238,9 +238,13 @@ size_t CornerCount(const oxDAEMeshPrimitive& primitive, uint32_t width) {
 // Calls `corner(list, tuple)` for each corner of the triangles or line
 // segments of `primitive`, in order: the corners are used as they are made,
 // because a list of them would be the biggest allocation of a conversion.
-template <typename Emit>
+// A polygon of more than three corners for which `passOver(triangles)`
+// (given the n - 2 triangles it is cut into) returns true is not cut, and
+// gives no corners: cutting is the costly part of a polygon, and a caller
+// keeping only some triangles need not cut one it keeps none of.
+template <typename Emit, typename PassOver>
 void ForEachCorner(const oxDAEMeshPrimitive& primitive, uint32_t width, const Channel* position,
-                   Emit&& corner) {
+                   Emit&& corner, PassOver&& passOver) {
   const auto tuples = [&](size_t list) { return primitive.p[list].size() / width; };
   // Buffers reused from polygon to polygon; a triangle needs none.
   std::vector<Vec3> points;
@@ -253,6 +257,7 @@ void ForEachCorner(const oxDAEMeshPrimitive& primitive, uint32_t width, const Ch
       corner(list, first + 2);
       return;
     }
+    if (passOver(count - 2)) return;
     points.clear();
     for (size_t i = 0; i < count; ++i)
       points.push_back(PositionOf(primitive, position, width, list, first + i));
@@ -330,6 +335,15 @@ const Channel* PositionChannel(const Member& member) {
                         [](const Channel& c) { return c.kind == Kind::Position; });
 }
 
+// How many of the `count` triangles from `first` on `flags` keeps; a
+// triangle past the flags is not kept.
+size_t KeptTriangles(const std::vector<bool>& flags, size_t first, size_t count) {
+  if (first >= flags.size()) return 0;
+  const auto from = flags.begin() + static_cast<ptrdiff_t>(first);
+  const size_t within = std::min(count, flags.size() - first);
+  return static_cast<size_t>(std::count(from, from + static_cast<ptrdiff_t>(within), true));
+}
+
 // The vertices and indices of `group` from the corners of its primitives,
 // of those triangles `keep` (when set) keeps; `firstTriangle` is the
 // number `keep` knows the group's first triangle by. Corners are looked up
@@ -342,11 +356,23 @@ void FillGroup(const std::vector<Member>& members, oxMeshGroup& group, const Tri
   size_t corners = 0;
   for (const Member& member : members)
     corners += member.corners;
-  group.indices.reserve(corners);
-  group.vertices.Reserve(corners);
   const std::vector<bool>* flags = keep && group.mode == 4 ? keep(group) : nullptr;
   const bool filtered = flags && !flags->empty();
+  // Room for the kept corners only: a table sized for every corner of a
+  // mesh mostly dropped would cost more to clear than the cut itself.
+  if (filtered) corners = 3 * KeptTriangles(*flags, firstTriangle, corners / 3);
+  group.indices.reserve(corners);
+  group.vertices.Reserve(corners);
   size_t corner = firstTriangle * 3;
+  // True, passing the triangles over, when none of the next `triangles` is
+  // kept.
+  const auto keepsNone = [&](size_t triangles) {
+    if (!filtered) return false;
+    const size_t first = corner / 3;
+    if (KeptTriangles(*flags, first, triangles) > 0) return false;
+    corner += 3 * triangles;
+    return true;
+  };
   for (const Member& member : members) {
     const auto& channels = member.channels;
     const Channel* position = PositionChannel(member);
@@ -358,21 +384,24 @@ void FillGroup(const std::vector<Member>& members, oxMeshGroup& group, const Tri
         group.indices.push_back(group.vertices.Add(&run[i * channels.size()], hashes[i]));
       waiting = 0;
     };
-    ForEachCorner(*member.primitive, member.width, position, [&](size_t list, size_t at) {
-      if (filtered) {
-        const size_t triangle = corner++ / 3;
-        if (triangle >= flags->size() || !(*flags)[triangle]) return;
-      }
-      const auto& indices = member.primitive->p[list];
-      int32_t* tuple = &run[waiting * channels.size()];
-      for (size_t c = 0; c < channels.size(); ++c) {
-        const size_t i = at * member.width + channels[c].offset;
-        tuple[c] = i < indices.size() ? indices[i] : -1;
-      }
-      hashes[waiting] = group.vertices.Hash(tuple);
-      group.vertices.Prefetch(hashes[waiting]);
-      if (++waiting == kRun) lookUp();
-    });
+    ForEachCorner(
+        *member.primitive, member.width, position,
+        [&](size_t list, size_t at) {
+          if (filtered) {
+            const size_t triangle = corner++ / 3;
+            if (triangle >= flags->size() || !(*flags)[triangle]) return;
+          }
+          const auto& indices = member.primitive->p[list];
+          int32_t* tuple = &run[waiting * channels.size()];
+          for (size_t c = 0; c < channels.size(); ++c) {
+            const size_t i = at * member.width + channels[c].offset;
+            tuple[c] = i < indices.size() ? indices[i] : -1;
+          }
+          hashes[waiting] = group.vertices.Hash(tuple);
+          group.vertices.Prefetch(hashes[waiting]);
+          if (++waiting == kRun) lookUp();
+        },
+        keepsNone);
     lookUp();
   }
 }
@@ -446,11 +475,14 @@ std::vector<oxCornerGroup> GroupCorners(const oxDAEMesh& mesh) {
     group.corners.reserve(corners);
     for (const Member& member : members[g]) {
       const Channel* position = PositionChannel(member);
-      ForEachCorner(*member.primitive, member.width, position, [&](size_t list, size_t at) {
-        const auto& indices = member.primitive->p[list];
-        const size_t i = at * member.width + position->offset;
-        group.corners.push_back(i < indices.size() ? indices[i] : -1);
-      });
+      ForEachCorner(
+          *member.primitive, member.width, position,
+          [&](size_t list, size_t at) {
+            const auto& indices = member.primitive->p[list];
+            const size_t i = at * member.width + position->offset;
+            group.corners.push_back(i < indices.size() ? indices[i] : -1);
+          },
+          [](size_t) { return false; });
     }
   });
   return groups;

@@ -230,6 +230,24 @@ TEST_XML(MeshTrianglesTest, OnlyTheKeptTrianglesAndTheirVerticesAreMade,
   EXPECT_EQ(mesh.positionRecords, (OxKernel::oxArray<uint32_t>{2, 3, 0, 1, 3, 3, 1, 0}));
 }
 
+// Polygons cut into several triangles: a polygon none of whose triangles
+// is kept is passed over whole, and the flags after it still name the
+// triangles they named, here the triangle (3 2 1) and the second of the
+// last square's two, (2 3 0).
+TEST_XML(MeshTrianglesTest, PolygonsKeepingNoTriangleArePassedOverInStep,
+         SquareDocument(R"(<polylist count="3"><input semantic="VERTEX" source="#v" offset="0"/>
+           <vcount>4 3 4</vcount><p>0 1 2 3 3 2 1 1 2 3 0</p></polylist>)")) {
+  oxMeshCorners corners = Corners();
+  ASSERT_EQ(corners.parts.size(), 1u);
+  corners.parts[0].keep = {false, false, true, false, true};
+  const oxMeshTriangles mesh = Kept(corners);
+  ASSERT_EQ(mesh.parts.size(), 1u);
+  EXPECT_EQ(mesh.parts[0].indices, (OxKernel::oxArray<uint32_t>{0, 1, 2, 1, 0, 3}));
+  EXPECT_EQ(mesh.positionRecords, (OxKernel::oxArray<uint32_t>{3, 2, 1, 0}));
+  EXPECT_EQ(mesh.positions,
+            (OxKernel::oxArray<Float3>{{0, 1, 0}, {1, 1, 0}, {1, 0, 0}, {0, 0, 0}}));
+}
+
 // Without keep flags every triangle is made, as MeshTriangles makes them.
 TEST_XML(MeshTrianglesTest, CornersWithoutKeepFlagsMakeTheWholeMesh,
          SquareDocument(R"(<polylist count="2"><input semantic="VERTEX" source="#v" offset="0"/>
