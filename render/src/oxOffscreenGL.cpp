@@ -3,6 +3,8 @@
 #include <GL/osmesa.h>
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -103,7 +105,32 @@ void UseMaterial(const oxRenderMaterial& material, const oxRenderBatch& batch,
   }
 }
 
-void DrawElements(const oxRenderBatch& batch) {
+// Draws the triangles of `batch` region by region (see
+// oxRenderBatch::regions), each under a scissor to its region and only in
+// the regions of its mask, in the batch's order within each region. The
+// regions share no pixel, so each pixel sees the same triangles in the same
+// order as in one draw, less those culling found hidden there.
+void DrawByRegions(const oxRenderBatch& batch, int width, int height) {
+  std::array<std::vector<uint32_t>, kRegionSide * kRegionSide> lists;
+  for (size_t t = 0; t < batch.regions.size(); ++t) {
+    for (uint64_t mask = batch.regions[t]; mask != 0; mask &= mask - 1) {
+      std::vector<uint32_t>& list = lists[static_cast<size_t>(std::countr_zero(mask))];
+      list.insert(list.end(), &batch.indices[3 * t], &batch.indices[3 * t + 3]);
+    }
+  }
+  glEnable(GL_SCISSOR_TEST);
+  for (size_t region = 0; region < lists.size(); ++region) {
+    if (lists[region].empty()) continue;
+    const auto [left, right] = RegionSpan(static_cast<int>(region) % kRegionSide, width);
+    const auto [bottom, top] = RegionSpan(static_cast<int>(region) / kRegionSide, height);
+    glScissor(left, bottom, right - left, top - bottom);
+    glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(lists[region].size()), GL_UNSIGNED_INT,
+                   lists[region].data());
+  }
+  glDisable(GL_SCISSOR_TEST);
+}
+
+void DrawElements(const oxRenderBatch& batch, int width, int height) {
   const oxRenderVertices& vertices = *batch.vertices;
   glVertexPointer(3, GL_FLOAT, 0, vertices.positions.data());
   if (vertices.normals.empty()) {
@@ -112,16 +139,22 @@ void DrawElements(const oxRenderBatch& batch) {
     glEnableClientState(GL_NORMAL_ARRAY);
     glNormalPointer(GL_FLOAT, 0, vertices.normals.data());
   }
+  if (!batch.lines && !batch.regions.empty() && batch.regions.size() * 3 == batch.indices.size()) {
+    DrawByRegions(batch, width, height);
+    return;
+  }
   glDrawElements(batch.lines ? GL_LINES : GL_TRIANGLES, static_cast<GLsizei>(batch.indices.size()),
                  GL_UNSIGNED_INT, batch.indices.data());
 }
 
-// Draws the batches for which `blended` gives `pass`.
-void DrawPass(const oxRenderScene& scene, bool pass, TextureCache& textures) {
+// Draws the batches for which `blended` gives `pass` into a buffer of
+// `width` x `height`.
+void DrawPass(const oxRenderScene& scene, bool pass, TextureCache& textures, int width,
+              int height) {
   for (const oxRenderBatch& batch : scene.batches) {
     if (batch.indices.empty() || scene.IsBlended(batch) != pass) continue;
     UseMaterial(scene.materials[batch.material], batch, textures);
-    DrawElements(batch);
+    DrawElements(batch, width, height);
   }
 }
 
@@ -161,10 +194,10 @@ void DrawCurrent(const oxRenderScene& scene, const oxRenderView& view, const oxD
     glEnable(GL_POLYGON_OFFSET_FILL);
     glPolygonOffset(1.0f, 1.0f);
   }
-  DrawPass(scene, false, textures);
+  DrawPass(scene, false, textures, width, height);
   glEnable(GL_BLEND);
   glDepthMask(GL_FALSE);
-  DrawPass(scene, true, textures);
+  DrawPass(scene, true, textures, width, height);
   glDepthMask(GL_TRUE);
   glDisable(GL_BLEND);
   glDisable(GL_POLYGON_OFFSET_FILL);
@@ -230,7 +263,7 @@ __attribute__((visibility("default"))) void oxRenderGLWarmUp() {
     vertices->positions.assign({-1.0f, -1.0f, 0.0f, 1.0f, -1.0f, 0.0f, -1.0f, 1.0f, 0.0f});
     vertices->normals.assign({0.0f, 0.0f, 1.0f, 0.0f, 0.0f, 1.0f, 0.0f, 0.0f, 1.0f});
     oxRenderScene scene;
-    scene.batches.push_back({vertices, {}, false, 0});
+    scene.batches.push_back({vertices, {}, false, 0, {}});
     scene.batches.back().indices.assign({0, 1, 2});
     DrawCurrent(scene, oxRenderView{}, oxDrawOptions{}, kSide, kSide);
     float depths[kSide * kSide];

@@ -2,6 +2,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <optional>
 #include <thread>
 #include <unordered_map>
@@ -73,13 +74,44 @@ WindowVertex Place(const oxGLMatrix& m, const float* p, double width, double hei
   return v;
 }
 
-// In the host's large-page arrays: a small page faulted in per 4 kB would
-// cost more than placing the vertices it holds.
-OxKernel::oxArray<WindowVertex> PlaceAll(const oxRenderVertices& vertices, const oxGLMatrix& m,
-                                         int width, int height) {
-  OxKernel::oxArray<WindowVertex> placed(vertices.positions.size() / 3);
-  for (size_t i = 0; i < placed.size(); ++i)
-    placed[i] = Place(m, &vertices.positions[3 * i], width, height);
+// Items `first` to `end` of list `list`.
+struct Piece {
+  size_t list = 0;
+  size_t first = 0;
+  size_t end = 0;
+};
+
+// The items of lists of `sizes` in pieces of at most kPiece: work shared
+// among the cores by piece rather than by list, so that one large mesh of a
+// scene is not left to one core.
+std::vector<Piece> Pieces(const std::vector<size_t>& sizes) {
+  constexpr size_t kPiece = 16384;
+  std::vector<Piece> pieces;
+  for (size_t list = 0; list < sizes.size(); ++list) {
+    for (size_t first = 0; first < sizes[list]; first += kPiece)
+      pieces.push_back({list, first, std::min(sizes[list], first + kPiece)});
+  }
+  return pieces;
+}
+
+// Each of `shared`'s vertices placed; in the host's large-page arrays, as a
+// small page faulted in per 4 kB would cost more than placing the vertices
+// it holds.
+std::vector<OxKernel::oxArray<WindowVertex>> PlaceAll(
+    const std::vector<const oxRenderVertices*>& shared, const oxGLMatrix& m, int width,
+    int height) {
+  std::vector<OxKernel::oxArray<WindowVertex>> placed(shared.size());
+  std::vector<size_t> sizes;
+  for (size_t i = 0; i < shared.size(); ++i) {
+    placed[i].resize(shared[i]->positions.size() / 3);
+    sizes.push_back(placed[i].size());
+  }
+  const std::vector<Piece> pieces = Pieces(sizes);
+  OxKernel::oxParallelFor(pieces.size(), [&](size_t p) {
+    const Piece& piece = pieces[p];
+    for (size_t v = piece.first; v < piece.end; ++v)
+      placed[piece.list][v] = Place(m, &shared[piece.list]->positions[3 * v], width, height);
+  });
   return placed;
 }
 
@@ -98,7 +130,7 @@ bool CanColourAPixel(const WindowVertex& a, const WindowVertex& b, const WindowV
 // Occlusion is known per cell of kCell x kCell pixels: fine enough that the
 // large triangles of a dense model cover whole cells, coarse enough that
 // a 512 x 512 picture has only 4,096 of them.
-constexpr int kCell = 8;
+constexpr int kCell = kRenderCell;
 
 // floor(v / kCell) and ceil(v / kCell), the cells a window position lies
 // in or before; 0 for a position before the picture, where no cell lies.
@@ -256,34 +288,89 @@ std::optional<Footprint> FootprintOf(const WindowVertex& a, const WindowVertex& 
 }
 
 // The cells of kCell x kCell pixels over a picture, row by row from the
-// bottom; those of the last column and row may be partial.
+// bottom; those of the last column and row may be partial. Cell column c
+// lies in region column c * kRegionSide / columns (rows likewise), as
+// RegionSpan has it.
 struct Cells {
   Cells(int pictureWidth, int pictureHeight)
       : width(pictureWidth),
         height(pictureHeight),
         columns((pictureWidth + kCell - 1) / kCell),
-        rows((pictureHeight + kCell - 1) / kCell) {}
+        rows((pictureHeight + kCell - 1) / kCell),
+        regionColumnEnd(static_cast<size_t>(std::max(columns, 0))),
+        regionBits(regionColumnEnd.size()),
+        regionShifts(static_cast<size_t>(std::max(rows, 0))) {
+    // Tables, as a division per cell would cost the scans more than
+    // their tests.
+    for (int c = columns - 1; c >= 0; --c) {
+      const int region = c * kRegionSide / columns;
+      regionBits[c] = uint64_t{1} << region;
+      regionColumnEnd[c] =
+          c + 1 < columns && regionBits[c + 1] == regionBits[c] ? regionColumnEnd[c + 1] : c + 1;
+    }
+    for (int r = 0; r < rows; ++r)
+      regionShifts[r] = static_cast<uint8_t>(r * kRegionSide / rows * kRegionSide);
+  }
 
   size_t Count() const { return static_cast<size_t>(columns) * static_cast<size_t>(rows); }
   size_t Index(int column, int row) const {
     return static_cast<size_t>(row) * static_cast<size_t>(columns) + static_cast<size_t>(column);
+  }
+  uint64_t RegionBit(int column, int row) const { return regionBits[column] << regionShifts[row]; }
+  // The regions of the cells from (firstColumn, firstRow) to (lastColumn,
+  // lastRow), within the picture.
+  uint64_t RegionsOver(int firstColumn, int lastColumn, int firstRow, int lastRow) const {
+    uint64_t mask = 0;
+    const int firstRegionColumn = firstColumn * kRegionSide / columns;
+    const int lastRegionColumn = lastColumn * kRegionSide / columns;
+    const uint64_t rowBits = (uint64_t{2} << lastRegionColumn) - (uint64_t{1} << firstRegionColumn);
+    for (int r = firstRow * kRegionSide / rows; r <= lastRow * kRegionSide / rows; ++r)
+      mask |= rowBits << (r * kRegionSide);
+    return mask;
   }
 
   int width;
   int height;
   int columns;
   int rows;
+  std::vector<int> regionColumnEnd;   // per column, the first of the next region column
+  std::vector<uint64_t> regionBits;   // per column, its region's bit in the bottom row
+  std::vector<uint8_t> regionShifts;  // per row, how far its regions' bits lie up
 };
 
-// Whether `hidden(column, row, nearest)` holds for every cell
-// where the triangle may colour a pixel centre; `nearest` is its nearest
-// depth there. False when it may colour none.
+// The regions holding a pixel centre within the triangle's window bounds
+// (widened by kSlack), where alone it may colour pixels; 0 when none lies
+// in the picture. The corners must be placed.
+uint64_t RegionsReached(const WindowVertex& a, const WindowVertex& b, const WindowVertex& c,
+                        const Cells& cells) {
+  // The first and last pixel (column or row) whose centre lies in
+  // [low, high] widened by kSlack, within `extent` pixels.
+  const auto pixels = [](double low, double high, int extent) {
+    const double first = std::max(0.0, std::ceil(low - kSlack - 0.5));
+    const double last = std::min(extent - 1.0, std::floor(high + kSlack - 0.5));
+    return std::pair<int, int>(static_cast<int>(first), static_cast<int>(last));
+  };
+  const auto [left, right] =
+      pixels(std::min({a.x, b.x, c.x}), std::max({a.x, b.x, c.x}), cells.width);
+  const auto [bottom, top] =
+      pixels(std::min({a.y, b.y, c.y}), std::max({a.y, b.y, c.y}), cells.height);
+  if (left > right || bottom > top) return 0;
+  return cells.RegionsOver(left / kCell, right / kCell, bottom / kCell, top / kCell);
+}
+
+// The regions of `reach` holding a cell where the triangle may colour a
+// pixel centre and `hidden(column, row, nearest)` does not hold; `nearest`
+// is the triangle's nearest depth over the cell. A region is done with at
+// its first such cell, and the whole triangle once every region of
+// `reach` is. `reach` itself when the triangle may colour no cell.
 template <typename Hidden>
-bool HiddenInEveryCell(const Footprint& footprint, const Cells& cells, Hidden&& hidden) {
+uint64_t ShownRegions(const Footprint& footprint, const Cells& cells, uint64_t reach,
+                      Hidden&& hidden) {
   const int firstRow = FloorCell(footprint.bottom - 0.5);
   const int lastRow =
       footprint.top >= 0.5 ? std::min(cells.rows - 1, FloorCell(footprint.top - 0.5)) : -1;
   bool examined = false;
+  uint64_t shown = 0;
   for (int row = firstRow; row <= lastRow; ++row) {
     const auto [yl, yh] = Centres(row, cells.height);
     const double bandLow = std::max(yl - kSlack, footprint.bottom);
@@ -296,14 +383,21 @@ bool HiddenInEveryCell(const Footprint& footprint, const Cells& cells, Hidden&& 
     const int firstColumn = CeilCell(left - (kCell - 0.5));
     const int lastColumn = right >= 0.5 ? std::min(cells.columns - 1, FloorCell(right - 0.5)) : -1;
     for (int column = firstColumn; column <= lastColumn; ++column) {
+      examined = true;
+      const uint64_t region = cells.RegionBit(column, row);
+      if (shown & region) {
+        column = cells.regionColumnEnd[static_cast<size_t>(column)] - 1;
+        continue;
+      }
       const auto [xl, xh] = Centres(column, cells.width);
       const double nearest = footprint.plane.Least(std::max(xl - kSlack, left),
                                                    std::min(xh + kSlack, right), bandLow, bandHigh);
-      if (!hidden(column, row, nearest)) return false;
-      examined = true;
+      if (hidden(column, row, nearest)) continue;
+      shown |= region;
+      if ((reach & ~shown) == 0) return reach;
     }
   }
-  return examined;
+  return examined ? shown & reach : reach;
 }
 
 // A coarse grid over the picture holding, per cell, a depth that every
@@ -361,17 +455,20 @@ class OcclusionGrid {
     }
   }
 
-  // Whether every pixel centre the triangle might colour lies in a cell
-  // known nearer, by kDepthMargin, than the triangle's nearest depth over
-  // that cell. False for a triangle of less than a square pixel, and for
-  // one reaching behind the eye.
-  bool Hides(const WindowVertex& a, const WindowVertex& b, const WindowVertex& c) const {
+  // The regions of `reach` where some pixel centre the triangle might
+  // colour lies in a cell not known nearer, by kDepthMargin, than the
+  // triangle's nearest depth over that cell. All of `reach` for a triangle
+  // of less than a square pixel, and for one reaching behind the eye.
+  uint64_t Shown(const WindowVertex& a, const WindowVertex& b, const WindowVertex& c,
+                 uint64_t reach) const {
     const std::optional<Footprint> footprint = FootprintOf(a, b, c);
-    return footprint &&
-           HiddenInEveryCell(*footprint, m_cells, [this](int column, int row, double nearest) {
-             return nearest > m_depth[m_cells.Index(column, row)] + kDepthMargin;
-           });
+    if (!footprint) return reach;
+    return ShownRegions(*footprint, m_cells, reach, [this](int column, int row, double nearest) {
+      return nearest > m_depth[m_cells.Index(column, row)] + kDepthMargin;
+    });
   }
+
+  const Cells& Grid() const { return m_cells; }
 
   // Keeps, cell by cell, the nearer of this grid's depth and `other`'s.
   void Merge(const OcclusionGrid& other) {
@@ -429,17 +526,20 @@ class DrawnDepths {
     }
   }
 
-  // Whether the triangle lies beyond the buffer at every pixel centre it
-  // may colour: judged per cell by the cell's farthest depth, and pixel by
-  // pixel in the cells where that does not settle it.
-  bool Hides(const WindowVertex& a, const WindowVertex& b, const WindowVertex& c) const {
+  // The regions of `reach` where the triangle does not lie beyond the
+  // buffer at every pixel centre it may colour: judged per cell by the
+  // cell's farthest depth, and pixel by pixel in the cells where that does
+  // not settle it. All of `reach` for a triangle of less than a square
+  // pixel, and for one reaching behind the eye.
+  uint64_t Shown(const WindowVertex& a, const WindowVertex& b, const WindowVertex& c,
+                 uint64_t reach) const {
     const std::optional<Footprint> footprint = FootprintOf(a, b, c);
-    return footprint &&
-           HiddenInEveryCell(
-               *footprint, m_cells, [this, &footprint](int column, int row, double nearest) {
-                 return nearest > m_farthest[m_cells.Index(column, row)] + kDepthMargin ||
-                        HiddenAtEveryCentre(column, row, *footprint);
-               });
+    if (!footprint) return reach;
+    return ShownRegions(*footprint, m_cells, reach,
+                        [this, &footprint](int column, int row, double nearest) {
+                          return nearest > m_farthest[m_cells.Index(column, row)] + kDepthMargin ||
+                                 HiddenAtEveryCentre(column, row, *footprint);
+                        });
   }
 
  private:
@@ -494,22 +594,33 @@ bool Known(const uint32_t* corner, const OxKernel::oxArray<WindowVertex>& placed
   return corner[0] < placed.size() && corner[1] < placed.size() && corner[2] < placed.size();
 }
 
-// Per triangle of a batch of triangles, whether it may colour a pixel:
-// judged against the drawn depths when there are some, else the grid.
-std::vector<bool> SeenInBatch(const oxRenderBatch& batch,
-                              const OxKernel::oxArray<WindowVertex>& placed,
-                              const OcclusionGrid& grid, const DrawnDepths* drawn) {
+// Sets seen[t], for the triangles t of `piece` of a batch of triangles, to
+// the regions where the triangle may colour a pixel: judged against the
+// drawn depths when there are some, else the grid. True when some kept
+// triangle is hidden in a region its bounds reach.
+bool JudgeTriangles(const oxRenderBatch& batch, const Piece& piece,
+                    const OxKernel::oxArray<WindowVertex>& placed, const OcclusionGrid& grid,
+                    const DrawnDepths* drawn, std::vector<uint64_t>& seen) {
   const auto& indices = batch.indices;
-  std::vector<bool> seen(indices.size() / 3, true);
-  for (size_t t = 0; t < seen.size(); ++t) {
+  bool narrowed = false;
+  for (size_t t = piece.first; t < piece.end; ++t) {
     const uint32_t* corner = &indices[3 * t];
     if (!Known(corner, placed)) continue;
     const WindowVertex& a = placed[corner[0]];
     const WindowVertex& b = placed[corner[1]];
     const WindowVertex& c = placed[corner[2]];
-    seen[t] = CanColourAPixel(a, b, c) && !(drawn ? drawn->Hides(a, b, c) : grid.Hides(a, b, c));
+    if (!CanColourAPixel(a, b, c)) {
+      seen[t] = 0;
+      continue;
+    }
+    // A triangle reaching behind the eye, or too far out, may colour any
+    // region.
+    if (!(a.placed && b.placed && c.placed)) continue;
+    const uint64_t reach = RegionsReached(a, b, c, grid.Grid());
+    seen[t] = drawn ? drawn->Shown(a, b, c, reach) : grid.Shown(a, b, c, reach);
+    narrowed = narrowed || (seen[t] != 0 && seen[t] != reach);
   }
-  return seen;
+  return narrowed;
 }
 
 // The grid of every opaque triangle of `scene` (blended ones write no
@@ -550,7 +661,7 @@ oxRenderScene Occluders(const oxRenderScene& scene, const std::vector<uint64_t>&
     const size_t batch = owner >> 32;
     const size_t triangle = owner & 0xFFFFFFFFu;
     if (batch != current) {
-      occluders.batches.push_back({scene.batches[batch].vertices, {}, false, 0});
+      occluders.batches.push_back({scene.batches[batch].vertices, {}, false, 0, {}});
       current = batch;
     }
     const uint32_t* corner = &scene.batches[batch].indices[3 * triangle];
@@ -562,9 +673,9 @@ oxRenderScene Occluders(const oxRenderScene& scene, const std::vector<uint64_t>&
 
 }  // namespace
 
-std::vector<std::vector<bool>> SeenTriangles(const oxRenderScene& scene, const oxRenderView& view,
-                                             int width, int height,
-                                             const oxDepthDrawing& drawDepths) {
+std::vector<std::vector<uint64_t>> SeenTriangles(const oxRenderScene& scene,
+                                                 const oxRenderView& view, int width, int height,
+                                                 const oxDepthDrawing& drawDepths) {
   const oxGLMatrix clip = Product(view.projection, view.view);
   // Batches of one mesh share its vertices: each is placed once.
   std::unordered_map<const oxRenderVertices*, size_t> slots;
@@ -577,9 +688,7 @@ std::vector<std::vector<bool>> SeenTriangles(const oxRenderScene& scene, const o
     if (added) shared.push_back(batch.vertices.get());
     slotOfBatch[i] = it->second;
   }
-  std::vector<OxKernel::oxArray<WindowVertex>> placed(shared.size());
-  OxKernel::oxParallelFor(shared.size(),
-                          [&](size_t i) { placed[i] = PlaceAll(*shared[i], clip, width, height); });
+  const std::vector<OxKernel::oxArray<WindowVertex>> placed = PlaceAll(shared, clip, width, height);
   const OcclusionGrid grid = GridOf(scene, slotOfBatch, placed, width, height);
   std::optional<DrawnDepths> drawn;
   // Without a triangle that sets a cell's depth, the drawn depths would be
@@ -590,31 +699,63 @@ std::vector<std::vector<bool>> SeenTriangles(const oxRenderScene& scene, const o
     if (depths.size() == static_cast<size_t>(width) * static_cast<size_t>(height))
       drawn.emplace(std::move(depths), width, height);
   }
-  std::vector<std::vector<bool>> seen(scene.batches.size());
-  OxKernel::oxParallelFor(scene.batches.size(), [&](size_t i) {
+  std::vector<std::vector<uint64_t>> seen(scene.batches.size());
+  std::vector<size_t> judged(scene.batches.size(), 0);
+  for (size_t i = 0; i < scene.batches.size(); ++i) {
     const oxRenderBatch& batch = scene.batches[i];
-    seen[i] = slotOfBatch[i] != SIZE_MAX
-                  ? SeenInBatch(batch, placed[slotOfBatch[i]], grid, drawn ? &*drawn : nullptr)
-                  : std::vector<bool>(batch.indices.size() / (batch.lines ? 2 : 3), true);
+    seen[i].assign(batch.indices.size() / (batch.lines ? 2 : 3), kEveryRegion);
+    if (slotOfBatch[i] != SIZE_MAX) judged[i] = seen[i].size();
+  }
+  const std::vector<Piece> pieces = Pieces(judged);
+  std::vector<uint8_t> narrowed(pieces.size(), 0);
+  OxKernel::oxParallelFor(pieces.size(), [&](size_t p) {
+    const size_t i = pieces[p].list;
+    narrowed[p] = JudgeTriangles(scene.batches[i], pieces[p], placed[slotOfBatch[i]], grid,
+                                 drawn ? &*drawn : nullptr, seen[i]);
   });
+  // A batch none of whose kept triangles is hidden in a region its bounds
+  // reach is given kEveryRegion for each: drawing it region by region would
+  // cost draws and fill no fewer pixels.
+  std::vector<bool> regional(scene.batches.size(), false);
+  for (size_t p = 0; p < pieces.size(); ++p)
+    regional[pieces[p].list] = regional[pieces[p].list] || narrowed[p] != 0;
+  for (size_t i = 0; i < seen.size(); ++i) {
+    if (regional[i]) continue;
+    for (uint64_t& regions : seen[i])
+      regions = regions != 0 ? kEveryRegion : 0;
+  }
   return seen;
 }
 
-void KeepTriangles(oxRenderBatch& batch, const std::vector<bool>& keep) {
+std::vector<uint64_t> KeptRegions(const std::vector<uint64_t>& masks) {
+  std::vector<uint64_t> regions;
+  if (std::all_of(masks.begin(), masks.end(),
+                  [](uint64_t mask) { return mask == 0 || mask == kEveryRegion; }))
+    return regions;
+  std::copy_if(masks.begin(), masks.end(), std::back_inserter(regions),
+               [](uint64_t mask) { return mask != 0; });
+  return regions;
+}
+
+void KeepTriangles(oxRenderBatch& batch, const std::vector<uint64_t>& masks) {
   if (batch.lines) return;
   auto& indices = batch.indices;
   size_t kept = 0;
-  for (size_t t = 0; t < keep.size() && 3 * t + 3 <= indices.size(); ++t) {
-    if (!keep[t]) continue;
+  for (size_t t = 0; t < masks.size() && 3 * t + 3 <= indices.size(); ++t) {
+    if (masks[t] == 0) continue;
     std::copy_n(&indices[3 * t], 3, &indices[kept]);
     kept += 3;
   }
   indices.resize(kept);
+  batch.regions = KeptRegions(masks);
+  // Masks past the triangles keep none of them.
+  if (batch.regions.size() * 3 > kept) batch.regions.resize(kept / 3);
 }
 
 void DropUnseenTriangles(oxRenderScene& scene, const oxRenderView& view, int width, int height,
                          const oxDepthDrawing& drawDepths) {
-  const std::vector<std::vector<bool>> seen = SeenTriangles(scene, view, width, height, drawDepths);
+  const std::vector<std::vector<uint64_t>> seen =
+      SeenTriangles(scene, view, width, height, drawDepths);
   for (size_t i = 0; i < scene.batches.size(); ++i)
     KeepTriangles(scene.batches[i], seen[i]);
 }

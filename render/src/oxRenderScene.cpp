@@ -2,7 +2,6 @@
 
 #include <oxDAEConvert/oxDAEGltf.h>
 #include <oxDAEConvert/oxDAEMeshTriangles.h>
-#include <oxDAEConvert/oxDAEPose.h>
 #include <oxDAEConvert/oxDAEReferencedFile.h>
 #include <oxDAEConvert/oxDAESkinning.h>
 #include <oxDAEReadWrite/oxDAEReadWrite.h>
@@ -17,6 +16,7 @@
 
 #include "oxDAERender/oxRenderPicture.h"
 #include "oxDAERender/oxRenderView.h"
+#include "oxRenderSceneNodes.h"
 
 namespace OxDAERender {
 
@@ -26,17 +26,10 @@ using namespace OxDAEReader;
 using OxDAEConvert::oxMeshTriangles;
 using OxMath::oxMatrix44;
 using Vec3 = std::array<float, 3>;
-
-// How many <instance_node>s may nest inside each other before the walk
-// stops following them (a node that instances itself would never end).
-constexpr int kMaxInstancing = 64;
-
-// The matrix that applies `first`, then `then` (row vectors).
-oxMatrix44 Then(const oxMatrix44& first, const oxMatrix44& then) {
-  oxMatrix44 result;
-  result.MultiplyAB(then, first);
-  return result;
-}
+using scene::Normalised;
+using scene::PlacedNode;
+using scene::Then;
+using scene::WalkScene;
 
 Vec3 PlacePoint(const oxMatrix44& m, const Vec3& p) {
   const float* a = m.m;
@@ -49,12 +42,6 @@ Vec3 TurnVector(const oxMatrix44& m, const Vec3& v) {
   const float* a = m.m;
   return {v[0] * a[0] + v[1] * a[4] + v[2] * a[8], v[0] * a[1] + v[1] * a[5] + v[2] * a[9],
           v[0] * a[2] + v[1] * a[6] + v[2] * a[10]};
-}
-
-Vec3 Normalised(const Vec3& v) {
-  const float length = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
-  if (!(length > 0)) return {0.0f, 0.0f, 1.0f};
-  return {v[0] / length, v[1] / length, v[2] / length};
 }
 
 // The matrix that turns normals as `m` turns surfaces: the cofactors of its
@@ -76,127 +63,6 @@ oxMatrix44 NormalMatrix(const oxMatrix44& m) {
       n.m[r * 4 + c] = -n.m[r * 4 + c];
   }
   return n;
-}
-
-// Local matrices at one time, as `oxdae tree --time` evaluates them: under
-// the first animation of the document that drives one of a node's
-// transforms.
-class LocalMatrices {
- public:
-  LocalMatrices(const oxDAEFile& document, float time) : m_time(time) {
-    for (const auto& element : document.GetElements()) {
-      if (const auto* animation = oxDAEAnimation::DynamicCast(element.get()))
-        m_animations.push_back(animation);
-    }
-  }
-
-  oxMatrix44 Of(const oxDAENode& node) const {
-    const oxDAEAnimation* animation =
-        IsAnimated(node) ? OxDAEConvert::DrivingAnimation(node, m_animations) : nullptr;
-    if (HasLookAt(node)) return ComposeWithLookAt(node, animation);
-    if (!animation) return node.ComputeLocalMatrix();
-    return node.ComputeLocalMatrix(m_time, animation);
-  }
-
- private:
-  static bool HasLookAt(const oxDAENode& node) {
-    return std::any_of(node.transforms.begin(), node.transforms.end(), [](const auto& transform) {
-      return oxDAEHierarchyElement::LookAtElement::DynamicCast(transform.get()) != nullptr;
-    });
-  }
-
-  // The local matrix composed as the module composes it, but with each
-  // <lookat> as COLLADA means it: the frame whose -Z looks from the eye at
-  // the interest point, +Y towards the up vector (the module's own lookat
-  // matrix turns +Z to the interest point, which would make a camera look
-  // away from what it aims at).
-  oxMatrix44 ComposeWithLookAt(const oxDAENode& node, const oxDAEAnimation* animation) const {
-    oxMatrix44 local;
-    for (const auto& transform : node.transforms) {
-      const bool animated = transform->IsAnimated(animation);
-      oxMatrix44 matrix = animated ? transform->GetTransformMatrix(m_time, animation)
-                                   : transform->GetTransformMatrix();
-      const auto* lookAt = oxDAEChannelTargetLookat::DynamicCast(transform->GetChannelTarget());
-      if (lookAt && oxDAEHierarchyElement::LookAtElement::DynamicCast(transform.get())) {
-        float values[9];
-        if (animated) {
-          lookAt->GetValue(values, m_time, animation);
-        } else {
-          lookAt->GetValue(values);
-        }
-        LookAtFrame(values, matrix);
-      }
-      local.MultiplyAB(local, matrix);
-    }
-    return local;
-  }
-
-  // Writes the frame of a look-at (eye, interest, up) into `matrix`; leaves
-  // it as it is when the eye sits on the interest point or up lies along
-  // the view.
-  static void LookAtFrame(const float values[9], oxMatrix44& matrix) {
-    const Vec3 back = {values[0] - values[3], values[1] - values[4], values[2] - values[5]};
-    const Vec3 up = {values[6], values[7], values[8]};
-    const Vec3 side = {up[1] * back[2] - up[2] * back[1], up[2] * back[0] - up[0] * back[2],
-                       up[0] * back[1] - up[1] * back[0]};
-    const float sideLength = side[0] * side[0] + side[1] * side[1] + side[2] * side[2];
-    const float backLength = back[0] * back[0] + back[1] * back[1] + back[2] * back[2];
-    if (!(sideLength > 0) || !(backLength > 0)) return;
-    const Vec3 z = Normalised(back);
-    const Vec3 x = Normalised(side);
-    const Vec3 y = {z[1] * x[2] - z[2] * x[1], z[2] * x[0] - z[0] * x[2],
-                    z[0] * x[1] - z[1] * x[0]};
-    matrix = {{x[0], x[1], x[2], 0, y[0], y[1], y[2], 0, z[0], z[1], z[2], 0, values[0], values[1],
-               values[2], 1}};
-  }
-
-  // True when some channel is bound to one of the node's transforms: the
-  // search for the driving animation is spared for every other node.
-  static bool IsAnimated(const oxDAENode& node) {
-    return std::any_of(node.transforms.begin(), node.transforms.end(), [](const auto& transform) {
-      const auto* target = oxDAEChannelTargetArray::DynamicCast(transform->GetChannelTarget());
-      return target && target->IsTargetedEx();
-    });
-  }
-
-  std::vector<const oxDAEAnimation*> m_animations;
-  float m_time;
-};
-
-// A node as the walk reaches it, with its world matrix.
-struct PlacedNode {
-  const oxDAENode* node = nullptr;
-  oxMatrix44 world;
-};
-
-// Every node of `scene` depth first in document order, instanced nodes
-// below the instancing node after its own children.
-std::vector<PlacedNode> WalkScene(const oxDAEVisualScene& scene, const LocalMatrices& locals) {
-  struct Pending {
-    const oxDAENode* node;
-    oxMatrix44 parentWorld;
-    int instancing;
-  };
-  std::vector<Pending> pending;
-  for (auto it = scene.nodes.rbegin(); it != scene.nodes.rend(); ++it)
-    pending.push_back({*it, oxMatrix44::kIdentity, 0});
-  std::vector<PlacedNode> placed;
-  while (!pending.empty()) {
-    const Pending next = pending.back();
-    pending.pop_back();
-    const oxMatrix44 world = Then(locals.Of(*next.node), next.parentWorld);
-    placed.push_back({next.node, world});
-    const auto& instances = next.node->instances;
-    for (auto it = instances.rbegin(); it != instances.rend(); ++it) {
-      const auto* instanced = oxDAENode::DynamicCast((*it)->target);
-      if ((*it)->kind == EToken::NODE && instanced && next.instancing < kMaxInstancing)
-        pending.push_back({instanced, world, next.instancing + 1});
-    }
-    const auto& children = next.node->nodes;
-    for (auto it = children.rbegin(); it != children.rend(); ++it)
-      pending.push_back({*it, world, next.instancing});
-  }
-  return placed;
 }
 
 float Luminance(const OxMath::oxFColor& c) {
@@ -349,8 +215,7 @@ class Gatherer {
     }
     m_scene = {};
     m_scene.upAxis = UpAxis();
-    const LocalMatrices locals(m_document, m_options.time);
-    m_placed = WalkScene(*visual, locals);
+    m_placed = WalkScene(m_document, *visual, m_options.time);
     for (const PlacedNode& placed : m_placed) {
       m_sceneNodes.push_back(placed.node);
       m_worlds.try_emplace(placed.node, placed.world);
@@ -608,7 +473,7 @@ class Gatherer {
     for (MeshJob& job : m_jobs)
       AddBatches(job);
     if (!m_seen) return;
-    std::vector<std::vector<bool>> seen = m_seen(m_scene);
+    std::vector<std::vector<uint64_t>> seen = m_seen(m_scene);
     if (seen.size() != m_scene.batches.size()) seen.assign(m_scene.batches.size(), {});
     OxKernel::oxParallelFor(m_jobs.size(), [&](size_t i) { CutSeen(m_jobs[i], seen); });
     for (MeshJob& job : m_jobs) {
@@ -618,6 +483,11 @@ class Gatherer {
         if (job.corners) {
           batch.vertices = job.vertices;
           batch.indices = std::move(job.parts[p].indices);
+          batch.regions = KeptRegions(seen[job.batches[p]]);
+          // The cut keeps the flagged triangles in order; should it ever
+          // keep others, each may colour any region.
+          if (!batch.lines && batch.regions.size() * 3 != batch.indices.size())
+            batch.regions.clear();
         } else if (!seen[job.batches[p]].empty()) {
           KeepTriangles(batch, seen[job.batches[p]]);
         }
@@ -650,8 +520,11 @@ class Gatherer {
       Part& part = parts[p];
       if ((part.*indices).empty()) continue;
       job.batches[p] = m_scene.batches.size();
-      m_scene.batches.push_back({job.vertices, std::move(part.*indices), part.lines,
-                                 MaterialFor(job.binding, part.symbol)});
+      m_scene.batches.push_back({job.vertices,
+                                 std::move(part.*indices),
+                                 part.lines,
+                                 MaterialFor(job.binding, part.symbol),
+                                 {}});
     }
   }
 
@@ -693,12 +566,17 @@ class Gatherer {
     return true;
   }
 
-  // The job's kept triangles cut and placed, once SeenTriangles has flagged
-  // its outline's.
-  void CutSeen(MeshJob& job, const std::vector<std::vector<bool>>& seen) const {
+  // The job's kept triangles (those of nonzero masks) cut and placed, once
+  // SeenTriangles has judged its outline's.
+  void CutSeen(MeshJob& job, const std::vector<std::vector<uint64_t>>& seen) const {
     if (!job.corners) return;
     for (size_t p = 0; p < job.batches.size(); ++p) {
-      if (job.batches[p] != SIZE_MAX) job.corners->parts[p].keep = seen[job.batches[p]];
+      if (job.batches[p] == SIZE_MAX) continue;
+      const std::vector<uint64_t>& masks = seen[job.batches[p]];
+      std::vector<bool>& keep = job.corners->parts[p].keep;
+      keep.resize(masks.size());
+      for (size_t t = 0; t < masks.size(); ++t)
+        keep[t] = masks[t] != 0;
     }
     oxMeshTriangles mesh = OxDAEConvert::MeshTriangles(*job.geometry, *job.corners);
     if (job.morph) ApplyMorph(*job.morph, mesh.positions, mesh.positionRecords);

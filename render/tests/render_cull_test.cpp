@@ -97,19 +97,22 @@ TEST(RenderCull, LinesAndIndicesPastTheVerticesAreKept) {
   EXPECT_EQ(Indices(scene.batches[1]), (std::vector<uint32_t>{0, 1, 7}));
 }
 
-// The same scene flagged rather than cut: a flag per segment of the lines,
-// all set, and a flag per triangle.
-TEST(RenderCull, SeenTrianglesFlagsWhatDroppingWouldKeep) {
+// The same scene judged rather than cut: every region for each segment of
+// the lines and for the triangle past the vertices, none for the one that
+// holds no pixel centre.
+TEST(RenderCull, SeenTrianglesGivesTheRegionsDroppingWouldKeep) {
   const auto vertices = Vertices({0.0f, 0.0f, 0.0f, 0.1f, 0.0f, 0.0f, 0.0f, 0.1f, 0.0f});
   oxRenderScene scene;
   scene.batches.push_back(Batch(vertices, {0, 1, 1, 2}, true));
   scene.batches.push_back(Batch(vertices, {0, 1, 7, 0, 1, 2}));
-  const std::vector<std::vector<bool>> seen = SeenTriangles(scene, oxRenderView{}, kSide, kSide);
+  const std::vector<std::vector<uint64_t>> seen =
+      SeenTriangles(scene, oxRenderView{}, kSide, kSide);
   ASSERT_EQ(seen.size(), 2u);
-  EXPECT_EQ(seen[0], (std::vector<bool>{true, true}));
-  EXPECT_EQ(seen[1], (std::vector<bool>{true, false}));
+  EXPECT_EQ(seen[0], (std::vector<uint64_t>{kEveryRegion, kEveryRegion}));
+  EXPECT_EQ(seen[1], (std::vector<uint64_t>{kEveryRegion, 0}));
   KeepTriangles(scene.batches[1], seen[1]);
   EXPECT_EQ(Indices(scene.batches[1]), (std::vector<uint32_t>{0, 1, 7}));
+  EXPECT_TRUE(scene.batches[1].regions.empty());
 }
 
 // A grid of 200 x 200 cells, two triangles each, over a 32 x 32 picture:

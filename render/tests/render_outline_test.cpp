@@ -15,7 +15,7 @@ using namespace OxDAERender;
 
 constexpr int kSide = 64;
 
-using Flags = std::vector<std::vector<bool>>;
+using Masks = std::vector<std::vector<uint64_t>>;
 
 // A document loaded from the body of a <COLLADA> element.
 struct Loaded {
@@ -49,12 +49,12 @@ Outlined Gather(const Loaded& loaded, Choose&& choose, float time = 0.0f) {
   return result;
 }
 
-// Every triangle of every batch flagged `value`.
-Flags All(const oxRenderScene& outline, bool value) {
-  Flags flags;
+// The mask `mask` for every triangle of every batch.
+Masks All(const oxRenderScene& outline, uint64_t mask) {
+  Masks masks;
   for (const oxRenderBatch& batch : outline.batches)
-    flags.emplace_back(batch.indices.size() / 3, value);
-  return flags;
+    masks.emplace_back(batch.indices.size() / 3, mask);
+  return masks;
 }
 
 std::vector<float> Positions(const oxRenderBatch& batch, uint32_t corner) {
@@ -99,7 +99,7 @@ void ExpectSamePictureCulled(const std::string& body, float time) {
 TEST(RenderOutline, OutlineHasTheScenesCameraBoundsAndOnePositionPerRecord) {
   const Loaded loaded(rendertest::TurningCube());
   const Outlined seen =
-      Gather(loaded, [](const oxRenderScene& outline) { return All(outline, true); });
+      Gather(loaded, [](const oxRenderScene& outline) { return All(outline, kEveryRegion); });
   EXPECT_EQ(seen.calls, 1);
   ASSERT_EQ(seen.outline.batches.size(), 2u);
   EXPECT_EQ(seen.outline.batches[0].vertices->positions.size(), 24u);
@@ -117,14 +117,15 @@ TEST(RenderOutline, OutlineHasTheScenesCameraBoundsAndOnePositionPerRecord) {
 }
 
 // The second red triangle and the first green one are kept: each comes
-// over vertices at the positions its outline corners had.
-TEST(RenderOutline, OnlyFlaggedTrianglesAreCutAtTheOutlinesPositions) {
+// over vertices at the positions its outline corners had, the red one
+// with its regions.
+TEST(RenderOutline, OnlyTrianglesOfNonzeroMasksAreCutAtTheOutlinesPositions) {
   const Loaded loaded(rendertest::TurningCube());
   const Outlined seen = Gather(loaded, [](const oxRenderScene& outline) {
-    Flags flags = All(outline, false);
-    flags[0][1] = true;
-    flags[1][0] = true;
-    return flags;
+    Masks masks = All(outline, 0);
+    masks[0][1] = 5;
+    masks[1][0] = kEveryRegion;
+    return masks;
   });
   ASSERT_EQ(seen.scene.batches.size(), 2u);
   for (size_t b = 0; b < 2; ++b) {
@@ -137,12 +138,14 @@ TEST(RenderOutline, OnlyFlaggedTrianglesAreCutAtTheOutlinesPositions) {
   }
   EXPECT_EQ(seen.scene.batches[0].material, seen.outline.batches[0].material);
   EXPECT_EQ(seen.scene.batches[1].material, seen.outline.batches[1].material);
+  EXPECT_EQ(seen.scene.batches[0].regions, (std::vector<uint64_t>{5}));
+  EXPECT_TRUE(seen.scene.batches[1].regions.empty());
 }
 
 // A filter that answers for some other number of batches keeps everything.
-TEST(RenderOutline, FlagsForAnotherNumberOfBatchesCutEveryTriangle) {
+TEST(RenderOutline, MasksForAnotherNumberOfBatchesCutEveryTriangle) {
   const Loaded loaded(rendertest::TurningCube());
-  const Outlined seen = Gather(loaded, [](const oxRenderScene&) { return Flags{}; });
+  const Outlined seen = Gather(loaded, [](const oxRenderScene&) { return Masks{}; });
   oxRenderScene whole;
   ASSERT_EQ(GatherScene(loaded.document, {}, whole), 0);
   ASSERT_EQ(seen.scene.batches.size(), whole.batches.size());
@@ -150,6 +153,7 @@ TEST(RenderOutline, FlagsForAnotherNumberOfBatchesCutEveryTriangle) {
     EXPECT_EQ(seen.scene.batches[b].indices, whole.batches[b].indices);
     EXPECT_EQ(seen.scene.batches[b].vertices->positions, whole.batches[b].vertices->positions);
     EXPECT_EQ(seen.scene.batches[b].vertices->normals, whole.batches[b].vertices->normals);
+    EXPECT_TRUE(seen.scene.batches[b].regions.empty());
   }
 }
 
@@ -157,7 +161,7 @@ TEST(RenderOutline, FlagsForAnotherNumberOfBatchesCutEveryTriangle) {
 TEST(RenderOutline, BatchesLeftEmptyAreLeftOutAndTheBoundsStay) {
   const Loaded loaded(rendertest::TurningCube());
   const Outlined seen =
-      Gather(loaded, [](const oxRenderScene& outline) { return All(outline, false); });
+      Gather(loaded, [](const oxRenderScene& outline) { return All(outline, 0); });
   EXPECT_TRUE(seen.scene.batches.empty());
   EXPECT_FALSE(seen.scene.IsEmpty());
   EXPECT_EQ(seen.scene.boundsMax, (std::array<float, 3>{1, 1, 1}));
@@ -165,17 +169,22 @@ TEST(RenderOutline, BatchesLeftEmptyAreLeftOutAndTheBoundsStay) {
 
 // Normals made from the triangles around a vertex need every triangle, and
 // a geometry drawn twice is cut once for both: such meshes are outlined by
-// their whole cut (with its normals), then lose what is not flagged.
+// their whole cut (with its normals), then lose the triangles of mask 0
+// and keep the others' masks.
 TEST(RenderOutline, MeshWithoutNormalsOrDrawnTwiceIsOutlinedByItsWholeCut) {
   const Loaded arm(rendertest::SkinnedArm());
   const Outlined madeNormals = Gather(arm, [](const oxRenderScene& outline) {
-    Flags flags = All(outline, true);
-    flags[0][0] = false;
-    return flags;
+    Masks masks = All(outline, kEveryRegion);
+    masks[0][0] = 0;
+    masks[0][1] = 3;
+    return masks;
   });
   ASSERT_EQ(madeNormals.outline.batches.size(), 1u);
   EXPECT_FALSE(madeNormals.outline.batches[0].vertices->normals.empty());
   EXPECT_EQ(madeNormals.scene.batches[0].indices.size(), 15u);
+  ASSERT_EQ(madeNormals.scene.batches[0].regions.size(), 5u);
+  EXPECT_EQ(madeNormals.scene.batches[0].regions[0], 3u);
+  EXPECT_EQ(madeNormals.scene.batches[0].regions[1], kEveryRegion);
   std::string twice = rendertest::TurningCube();
   const std::string node = R"(<node id="box">)";
   twice.insert(twice.find(node),
@@ -183,7 +192,7 @@ TEST(RenderOutline, MeshWithoutNormalsOrDrawnTwiceIsOutlinedByItsWholeCut) {
                   </node>)");
   const Loaded drawnTwice(twice);
   const Outlined cutOnce =
-      Gather(drawnTwice, [](const oxRenderScene& outline) { return All(outline, true); });
+      Gather(drawnTwice, [](const oxRenderScene& outline) { return All(outline, kEveryRegion); });
   ASSERT_EQ(cutOnce.outline.batches.size(), 4u);
   for (const oxRenderBatch& batch : cutOnce.outline.batches)
     EXPECT_FALSE(batch.vertices->normals.empty());
@@ -195,7 +204,7 @@ TEST(RenderOutline, MeshWithoutNormalsOrDrawnTwiceIsOutlinedByItsWholeCut) {
 TEST(RenderOutline, SkinAndMorphWithNormalsDrawTheSamePictureCulled) {
   const std::string arm = WithNormals(rendertest::SkinnedArm(), "arm-positions");
   const Outlined outlined = Gather(
-      Loaded(arm), [](const oxRenderScene& outline) { return All(outline, true); }, 1.0f);
+      Loaded(arm), [](const oxRenderScene& outline) { return All(outline, kEveryRegion); }, 1.0f);
   ASSERT_EQ(outlined.outline.batches.size(), 1u);
   EXPECT_TRUE(outlined.outline.batches[0].vertices->normals.empty());
   ExpectSamePictureCulled(arm, 1.0f);

@@ -5,12 +5,14 @@
 // module's public tree only; drawing it is oxOffscreenRenderer's work.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <oxDAEReadWrite/oxDAEReadWrite_File.h>
@@ -55,12 +57,39 @@ struct oxRenderVertices {
   OxKernel::oxArray<float> texcoords;  // s t per vertex; empty when the mesh has none
 };
 
+// Culling (see DropUnseenTriangles) judges a picture in cells of
+// kRenderCell x kRenderCell pixels, and tells per triangle the regions of
+// the picture where it may colour a pixel: kRegionSide x kRegionSide of
+// them, each made of whole cells. Bit (row * kRegionSide + column) of a
+// region mask stands for one region, rows counted from the bottom.
+inline constexpr int kRenderCell = 8;
+inline constexpr int kRegionSide = 8;
+inline constexpr uint64_t kEveryRegion = ~uint64_t{0};
+
+// The pixels [first, end) of the regions numbered `index` along an axis of
+// `extent` pixels: the cells c for which c * kRegionSide / cells is
+// `index`, cells being the number of cells along the axis (the last one
+// maybe partial). A region is empty along an axis of fewer than
+// kRegionSide cells.
+inline std::pair<int, int> RegionSpan(int index, int extent) {
+  const int cells = (extent + kRenderCell - 1) / kRenderCell;
+  const auto start = [&](int i) {
+    return std::min(extent, (i * cells + kRegionSide - 1) / kRegionSide * kRenderCell);
+  };
+  return {start(index), start(index + 1)};
+}
+
 // Triangles or line segments of one material over shared vertices.
 struct oxRenderBatch {
   std::shared_ptr<const oxRenderVertices> vertices;  // never null once gathered
   OxKernel::oxArray<uint32_t> indices;               // three per triangle, two per segment
   bool lines = false;
   size_t material = 0;  // index into oxRenderScene::materials (0: the default)
+  // Per triangle, the region mask of where it may colour a pixel, which
+  // culling found; empty (the default) when each may colour any. Drawing
+  // fills a triangle only in its regions, so that the parts of a large
+  // triangle that culling found hidden cost nothing.
+  std::vector<uint64_t> regions;
 };
 
 // The camera a picture is seen through: the optics of a <camera> and the
@@ -163,15 +192,18 @@ enum oxRenderResult : int {
 // batches in the same order, but each mesh drawn once over the distinct
 // positions its corners read (placed, with neither normals nor texture
 // coordinates), a batch's indices naming a position per corner. It returns
-// per outline batch, per triangle, whether to cut it (SeenTriangles gives
-// such flags; a flag per segment of a batch of lines, all of which are
-// kept); with a flag list for some other number of batches, every triangle
-// is cut. The scene keeps the flagged triangles of each batch, in order,
-// over vertices of the same positions the outline gave them, and leaves
-// out the batches left empty. A geometry instanced more than once, and one
-// without normals (which are made from every triangle around a vertex), is
-// cut whole and then loses the unflagged triangles.
-using oxSeenTriangles = std::function<std::vector<std::vector<bool>>(const oxRenderScene& outline)>;
+// per outline batch, per triangle, the region mask of where it may colour
+// a pixel, 0 for a triangle not to cut (SeenTriangles gives such masks; a
+// mask per segment of a batch of lines, all of which are kept); with masks
+// for some other number of batches, every triangle is cut. The scene keeps
+// the triangles of nonzero masks of each batch, in order, over vertices of
+// the same positions the outline gave them, with their masks as the
+// batch's regions (as KeepTriangles sets them), and leaves out the batches
+// left empty. A geometry instanced more than once, and one without normals
+// (which are made from every triangle around a vertex), is cut whole and
+// then loses the others.
+using oxSeenTriangles =
+    std::function<std::vector<std::vector<uint64_t>>(const oxRenderScene& outline)>;
 int GatherScene(const OxDAEReader::oxDAEFile& document, const oxRenderSceneOptions& options,
                 oxRenderScene& scene, const oxSeenTriangles& seen = {});
 

@@ -78,19 +78,36 @@ using oxDepthDrawing = std::function<std::vector<float>(const oxRenderScene& occ
 // triangles to the software renderer. Lines are left alone and hide
 // nothing. Not for a picture that draws triangle edges: the edge of a
 // dropped triangle may still colour pixels.
+//
+// The same judgement, region by region (see kRegionSide), sets the
+// regions of each kept triangle (see oxRenderBatch::regions): those its
+// bounds reach where some cell it may colour a pixel of is not found
+// hidden. Drawing it only there leaves the picture the same, by the same
+// argument, and a large triangle seen through a gap is filled only around
+// the gap. A batch where no kept triangle is hidden in a region its bounds
+// reach keeps no regions: drawing it region by region would fill no fewer
+// pixels.
 void DropUnseenTriangles(oxRenderScene& scene, const oxRenderView& view, int width, int height,
                          const oxDepthDrawing& drawDepths = {});
 
 // What DropUnseenTriangles keeps, without dropping anything: per batch,
-// per triangle, whether it may colour a pixel (a flag per segment of a
-// batch of lines, all true).
-std::vector<std::vector<bool>> SeenTriangles(const oxRenderScene& scene, const oxRenderView& view,
-                                             int width, int height,
-                                             const oxDepthDrawing& drawDepths = {});
+// per triangle, the region mask of where it may colour a pixel, 0 when
+// nowhere (kEveryRegion per segment of a batch of lines, for a triangle
+// whose corners lie past the vertices or reach behind the eye, and for
+// every triangle of a batch that keeps no regions).
+std::vector<std::vector<uint64_t>> SeenTriangles(const oxRenderScene& scene,
+                                                 const oxRenderView& view, int width, int height,
+                                                 const oxDepthDrawing& drawDepths = {});
 
-// Keeps in `batch` only the triangles `keep` flags, in their order; a
-// triangle past the flags is dropped. A batch of lines is left as it is.
-void KeepTriangles(oxRenderBatch& batch, const std::vector<bool>& keep);
+// The nonzero `masks` in order: the regions of the triangles they keep;
+// none when each of them is kEveryRegion.
+std::vector<uint64_t> KeptRegions(const std::vector<uint64_t>& masks);
+
+// Keeps in `batch` only the triangles of nonzero `masks`, in their order,
+// and their masks as the batch's regions (none when every kept mask is
+// kEveryRegion); a triangle past the masks is dropped. A batch of lines is
+// left as it is.
+void KeepTriangles(oxRenderBatch& batch, const std::vector<uint64_t>& masks);
 
 // The inverse of `m` (a general 4 x 4 inverse); the identity when `m` is
 // singular.
