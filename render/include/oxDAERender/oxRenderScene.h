@@ -69,8 +69,8 @@ inline constexpr uint64_t kEveryRegion = ~uint64_t{0};
 // The pixels [first, end) of the regions numbered `index` along an axis of
 // `extent` pixels: the cells c for which c * kRegionSide / cells is
 // `index`, cells being the number of cells along the axis (the last one
-// maybe partial). A region is empty along an axis of fewer than
-// kRegionSide cells.
+// maybe partial). Along an axis of fewer than kRegionSide cells, some
+// regions are empty.
 inline std::pair<int, int> RegionSpan(int index, int extent) {
   const int cells = (extent + kRenderCell - 1) / kRenderCell;
   const auto start = [&](int i) {
