@@ -320,12 +320,11 @@ struct Cells {
   // The regions of the cells from (firstColumn, firstRow) to (lastColumn,
   // lastRow), within the picture.
   uint64_t RegionsOver(int firstColumn, int lastColumn, int firstRow, int lastRow) const {
+    // The bottom row's bits from the first column's region to the last's.
+    const uint64_t rowBits = (regionBits[lastColumn] << 1) - regionBits[firstColumn];
     uint64_t mask = 0;
-    const int firstRegionColumn = firstColumn * kRegionSide / columns;
-    const int lastRegionColumn = lastColumn * kRegionSide / columns;
-    const uint64_t rowBits = (uint64_t{2} << lastRegionColumn) - (uint64_t{1} << firstRegionColumn);
-    for (int r = firstRow * kRegionSide / rows; r <= lastRow * kRegionSide / rows; ++r)
-      mask |= rowBits << (r * kRegionSide);
+    for (int shift = regionShifts[firstRow]; shift <= regionShifts[lastRow]; shift += kRegionSide)
+      mask |= rowBits << shift;
     return mask;
   }
 
@@ -740,16 +739,14 @@ std::vector<uint64_t> KeptRegions(const std::vector<uint64_t>& masks) {
 void KeepTriangles(oxRenderBatch& batch, const std::vector<uint64_t>& masks) {
   if (batch.lines) return;
   auto& indices = batch.indices;
-  size_t kept = 0;
+  std::vector<uint64_t> kept;
   for (size_t t = 0; t < masks.size() && 3 * t + 3 <= indices.size(); ++t) {
     if (masks[t] == 0) continue;
-    std::copy_n(&indices[3 * t], 3, &indices[kept]);
-    kept += 3;
+    std::copy_n(&indices[3 * t], 3, &indices[3 * kept.size()]);
+    kept.push_back(masks[t]);
   }
-  indices.resize(kept);
-  batch.regions = KeptRegions(masks);
-  // Masks past the triangles keep none of them.
-  if (batch.regions.size() * 3 > kept) batch.regions.resize(kept / 3);
+  indices.resize(3 * kept.size());
+  batch.regions = KeptRegions(kept);
 }
 
 void DropUnseenTriangles(oxRenderScene& scene, const oxRenderView& view, int width, int height,

@@ -406,7 +406,6 @@ class Gatherer {
     normal = n;
   }
 
-  // The world-space vertices of `mesh` placed by `world`, or by the skin.
   // Places a vertex of POSITION record `record` by the skin, else by
   // `world` (`normalMatrix` being its NormalMatrix). An outline's positions
   // and the vertices cut later go through here alike, so that they are the
@@ -422,6 +421,7 @@ class Gatherer {
     normal = TurnVector(normalMatrix, normal);
   }
 
+  // The world-space vertices of `mesh` placed by `world`, or by the skin.
   std::shared_ptr<oxRenderVertices> Place(const oxMeshTriangles& mesh, const oxMatrix44& world,
                                           const SkinPose* pose) const {
     auto vertices = std::make_shared<oxRenderVertices>();
@@ -484,10 +484,6 @@ class Gatherer {
           batch.vertices = job.vertices;
           batch.indices = std::move(job.parts[p].indices);
           batch.regions = KeptRegions(seen[job.batches[p]]);
-          // The cut keeps the flagged triangles in order; should it ever
-          // keep others, each may colour any region.
-          if (!batch.lines && batch.regions.size() * 3 != batch.indices.size())
-            batch.regions.clear();
         } else if (!seen[job.batches[p]].empty()) {
           KeepTriangles(batch, seen[job.batches[p]]);
         }
@@ -541,9 +537,10 @@ class Gatherer {
   }
 
   // The job's outline: its mesh's corners, and the distinct positions they
-  // read placed as Place places them (PlaceVertex); false, leaving the job to CutAndPlace, where
-  // the outline cannot stand for the mesh: a geometry drawn more than once is cut once for all its
-  // instances, and normals made from the triangles around a vertex need every triangle.
+  // read placed as Place places them (PlaceVertex); false, leaving the job
+  // to CutAndPlace, where the outline cannot stand for the mesh: a geometry
+  // drawn more than once is cut once for all its instances, and normals
+  // made from the triangles around a vertex need every triangle.
   bool Outline(MeshJob& job) const {
     if (m_meshes.count(job.geometry)) return false;
     OxDAEConvert::oxMeshCorners corners = OxDAEConvert::MeshCorners(*job.geometry);

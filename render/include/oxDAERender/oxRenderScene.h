@@ -88,7 +88,8 @@ struct oxRenderBatch {
   // Per triangle, the region mask of where it may colour a pixel, which
   // culling found; empty (the default) when each may colour any. Drawing
   // fills a triangle only in its regions, so that the parts of a large
-  // triangle that culling found hidden cost nothing.
+  // triangle that culling found hidden cost nothing; masks of another count
+  // than the triangles are not followed.
   std::vector<uint64_t> regions;
 };
 
