@@ -317,15 +317,14 @@ TEST(RenderCull, CrowdBehindDrawnDepthsKeepsFewerAndTheSamePicture) {
   EXPECT_TRUE(renderer.Draw(byPixels, view).rgba == whole.rgba);
 }
 
-// The far triangle's pixel centres run from window (8.5, 8.5) to
+// The default far triangle's pixel centres run from window (8.5, 8.5) to
 // (23.5, 23.5); the near one covers the whole picture at window depth 0.25
 // and is the only triangle that sets a cell's depth.
-std::vector<uint32_t> KeptBehindDrawnDepths(const std::vector<float>& depths,
-                                            std::vector<uint32_t>& occluders) {
+std::vector<uint32_t> KeptBehindDrawnDepths(
+    const std::vector<float>& depths, std::vector<uint32_t>& occluders,
+    const std::vector<float>& far = {-0.5f, -0.5f, 0.5f, 0.5f, -0.5f, 0.5f, 0.0f, 0.5f, 0.5f}) {
   oxRenderScene scene;
-  scene.batches.push_back(
-      Batch(Vertices(Join(Cover(-0.5f), {-0.5f, -0.5f, 0.5f, 0.5f, -0.5f, 0.5f, 0.0f, 0.5f, 0.5f})),
-            {0, 1, 2, 3, 4, 5}));
+  scene.batches.push_back(Batch(Vertices(Join(Cover(-0.5f), far)), {0, 1, 2, 3, 4, 5}));
   DropUnseenTriangles(
       scene, oxRenderView{}, kOcclusionSide, kOcclusionSide, [&](const oxRenderScene& drawn) {
         for (const oxRenderBatch& batch : drawn.batches)
@@ -361,6 +360,19 @@ TEST(RenderCull, TriangleSeenThroughOneUndrawnPixelIsKept) {
 TEST(RenderCull, UndrawnPixelBesideTheTriangleKeepsNothing) {
   std::vector<uint32_t> occluders;
   EXPECT_EQ(KeptBehindDrawnDepths(DepthsWithAHole(4, 16), occluders),
+            (std::vector<uint32_t>{0, 1, 2}));
+}
+
+// The far triangle's lowest row of cells (window y 8 to 16) runs over
+// cells 1 to 3, its right edge falling from (32, 8) to (8, 24); the hole's
+// centre (30.5, 8.5) lies inside it, in the last of those cells, so the
+// row cannot be passed over as hidden.
+TEST(RenderCull, TriangleSeenThroughAPixelInTheLastCellOfItsRowIsKept) {
+  const std::vector<float> far = {-0.5f, -0.5f, 0.5f, 1.0f, -0.5f, 0.5f, -0.5f, 0.5f, 0.5f};
+  std::vector<uint32_t> occluders;
+  EXPECT_EQ(KeptBehindDrawnDepths(DepthsWithAHole(30, 8), occluders, far),
+            (std::vector<uint32_t>{0, 1, 2, 3, 4, 5}));
+  EXPECT_EQ(KeptBehindDrawnDepths(DepthsWithAHole(8, 30), occluders, far),
             (std::vector<uint32_t>{0, 1, 2}));
 }
 
