@@ -217,13 +217,36 @@ void DrawDepths(const oxRenderScene& scene, const oxRenderView& view, int width,
   glReadPixels(0, 0, width, height, GL_DEPTH_COMPONENT, GL_FLOAT, depths);
 }
 
-// The context oxRenderGLWarmUp made, until oxRenderGLCreate takes it.
-std::mutex g_warmLock;
-OSMesaContext g_warm = nullptr;
+// The context oxRenderGLWarmUp made, with the colour buffer it last drew
+// into when that was at the size asked for (empty, and no size, else).
+struct WarmContext {
+  OSMesaContext context = nullptr;
+  std::vector<uint8_t> buffer;
+  int width = 0;
+  int height = 0;
+};
 
-OSMesaContext TakeWarmContext() {
+// The warm context, until oxRenderGLCreate takes it.
+std::mutex g_warmLock;
+WarmContext g_warm;
+
+WarmContext TakeWarmContext() {
   const std::lock_guard<std::mutex> lock(g_warmLock);
-  return std::exchange(g_warm, nullptr);
+  return std::exchange(g_warm, WarmContext{});
+}
+
+// Draws one lit, opaque triangle with the current context into a picture
+// of `width` x `height`, then the triangle's depth alone.
+void DrawWarmUpTriangle(int width, int height) {
+  auto vertices = std::make_shared<oxRenderVertices>();
+  vertices->positions.assign({-1.0f, -1.0f, 0.0f, 1.0f, -1.0f, 0.0f, -1.0f, 1.0f, 0.0f});
+  vertices->normals.assign({0.0f, 0.0f, 1.0f, 0.0f, 0.0f, 1.0f, 0.0f, 0.0f, 1.0f});
+  oxRenderScene scene;
+  scene.batches.push_back({vertices, {}, false, 0, {}});
+  scene.batches.back().indices.assign({0, 1, 2});
+  DrawCurrent(scene, oxRenderView{}, oxDrawOptions{}, width, height);
+  std::vector<float> depths(static_cast<size_t>(width) * static_cast<size_t>(height));
+  DrawDepths(scene, oxRenderView{}, width, height, depths.data());
 }
 
 }  // namespace
@@ -247,45 +270,56 @@ extern "C" {
 
 // Makes a context and draws one lit, opaque triangle with it into a few
 // pixels, then the triangle's depth alone (the drawing before culling),
-// then lets go of it for the next renderer made, on whatever
-// thread. A context's first drawing compiles the programs its state needs
-// (about 0.1 s of LLVM); done here, on a thread of its own, that overlaps
-// the loading of the document. Logs nothing.
-__attribute__((visibility("default"))) void oxRenderGLWarmUp() {
+// then lets go of it for the next renderer made, on whatever thread. A
+// context's first drawing compiles the programs its state needs (about
+// 0.1 s of LLVM); done here, on a thread of its own, that overlaps the
+// loading of the document. With a size in range, the same is drawn again
+// at `width` x `height`: the context's buffers of that size are then made
+// and written once here, and the next renderer of that size takes the
+// colour buffer drawn into too. On a virtual machine a fresh page can
+// cost some 10 microseconds at its first write, a few milliseconds per
+// picture-sized buffer, which the picture would otherwise wait for. Logs
+// nothing.
+__attribute__((visibility("default"))) void oxRenderGLWarmUp(int width, int height) {
   using namespace OxDAERender;
-  OSMesaContext context = OSMesaCreateContextExt(OSMESA_RGBA, 24, 0, 0, nullptr);
-  if (!context) return;
+  WarmContext warm;
+  warm.context = OSMesaCreateContextExt(OSMESA_RGBA, 24, 0, 0, nullptr);
+  if (!warm.context) return;
   constexpr int kSide = 4;
   // The context may keep the buffer's address until it is next made current.
   static uint8_t pixels[kSide * kSide * 4];
-  if (OSMesaMakeCurrent(context, pixels, GL_UNSIGNED_BYTE, kSide, kSide)) {
-    auto vertices = std::make_shared<oxRenderVertices>();
-    vertices->positions.assign({-1.0f, -1.0f, 0.0f, 1.0f, -1.0f, 0.0f, -1.0f, 1.0f, 0.0f});
-    vertices->normals.assign({0.0f, 0.0f, 1.0f, 0.0f, 0.0f, 1.0f, 0.0f, 0.0f, 1.0f});
-    oxRenderScene scene;
-    scene.batches.push_back({vertices, {}, false, 0, {}});
-    scene.batches.back().indices.assign({0, 1, 2});
-    DrawCurrent(scene, oxRenderView{}, oxDrawOptions{}, kSide, kSide);
-    float depths[kSide * kSide];
-    DrawDepths(scene, oxRenderView{}, kSide, kSide, depths);
-    OSMesaMakeCurrent(nullptr, nullptr, 0, 0, 0);
+  if (OSMesaMakeCurrent(warm.context, pixels, GL_UNSIGNED_BYTE, kSide, kSide))
+    DrawWarmUpTriangle(kSide, kSide);
+  if (width >= 1 && height >= 1 && width <= kMaxSide && height <= kMaxSide) {
+    warm.buffer.resize(static_cast<size_t>(width) * static_cast<size_t>(height) * 4);
+    if (OSMesaMakeCurrent(warm.context, warm.buffer.data(), GL_UNSIGNED_BYTE, width, height)) {
+      DrawWarmUpTriangle(width, height);
+      warm.width = width;
+      warm.height = height;
+    } else {
+      warm.buffer.clear();
+    }
   }
+  OSMesaMakeCurrent(nullptr, nullptr, 0, 0, 0);
   const std::lock_guard<std::mutex> lock(g_warmLock);
-  if (OSMesaContext unused = std::exchange(g_warm, context)) OSMesaDestroyContext(unused);
+  if (OSMesaContext unused = std::exchange(g_warm, std::move(warm)).context)
+    OSMesaDestroyContext(unused);
 }
 
 // A context for pictures of `width` x `height`: the warmed-up one when there
-// is one, else a new one. Null when the size is out of range or OSMesa
-// cannot make a context.
+// is one (with its colour buffer when warmed up at this size), else a new
+// one. Null when the size is out of range or OSMesa cannot make a context.
 __attribute__((visibility("default"))) void* oxRenderGLCreate(int width, int height) {
   if (width < 1 || height < 1 || width > OxDAERender::kMaxSide || height > OxDAERender::kMaxSide)
     return nullptr;
   auto context = std::make_unique<GLContext>();
-  context->context = OxDAERender::TakeWarmContext();
+  OxDAERender::WarmContext warm = OxDAERender::TakeWarmContext();
+  context->context = warm.context;
   if (!context->context) context->context = OSMesaCreateContextExt(OSMESA_RGBA, 24, 0, 0, nullptr);
   if (!context->context) return nullptr;
   context->width = width;
   context->height = height;
+  if (warm.width == width && warm.height == height) context->buffer = std::move(warm.buffer);
   context->buffer.resize(static_cast<size_t>(width) * height * 4);
   return context.release();
 }

@@ -66,11 +66,12 @@ const GLModule& LoadGLModule() {
 
 // Opens the module and warms a context up for the first renderer (see
 // oxRenderGLWarmUp in oxOffscreenGL.cpp), on Prepare's thread.
-void OpenAndWarmUp() {
+void OpenAndWarmUp(int width, int height) {
   void* handle = OpenGLModule();
   if (!handle) return;
-  using WarmUpFn = void (*)();
-  if (const auto warmUp = reinterpret_cast<WarmUpFn>(dlsym(handle, "oxRenderGLWarmUp"))) warmUp();
+  using WarmUpFn = void (*)(int, int);
+  if (const auto warmUp = reinterpret_cast<WarmUpFn>(dlsym(handle, "oxRenderGLWarmUp")))
+    warmUp(width, height);
 }
 
 // The thread Prepare started, if any.
@@ -104,12 +105,12 @@ oxOffscreenRenderer::~oxOffscreenRenderer() {
   if (m_context->handle) LoadGLModule().destroy(m_context->handle);
 }
 
-void oxOffscreenRenderer::Prepare() {
+void oxOffscreenRenderer::Prepare(int width, int height) {
   // The handle is never closed, as LoadGLModule's is not.
   const std::lock_guard<std::mutex> lock(g_preparingLock);
   if (g_preparing.valid()) return;
   try {
-    g_preparing = std::async(std::launch::async, OpenAndWarmUp).share();
+    g_preparing = std::async(std::launch::async, OpenAndWarmUp, width, height).share();
   } catch (const std::system_error&) {
     // No thread to be had: the first renderer opens the module itself.
   }
@@ -142,10 +143,10 @@ oxPicture oxOffscreenRenderer::Draw(const oxRenderScene& scene, const oxRenderVi
   return picture;
 }
 
-std::vector<float> oxOffscreenRenderer::Depths(const oxRenderScene& scene,
-                                               const oxRenderView& view) {
+OxKernel::oxArray<float> oxOffscreenRenderer::Depths(const oxRenderScene& scene,
+                                                     const oxRenderView& view) {
   const Context& c = *m_context;
-  std::vector<float> depths(c.handle ? static_cast<size_t>(c.width) * c.height : 0);
+  OxKernel::oxArray<float> depths(c.handle ? static_cast<size_t>(c.width) * c.height : 0);
   if (c.handle && !LoadGLModule().depths(c.handle, &scene, &view, depths.data())) depths.clear();
   return depths;
 }

@@ -114,7 +114,7 @@ bool Known(const uint32_t* corner, const OxKernel::oxArray<WindowVertex>& placed
 // triangle is hidden in a region its bounds reach.
 bool JudgeTriangles(const oxRenderBatch& batch, const Piece& piece,
                     const OxKernel::oxArray<WindowVertex>& placed, const OcclusionGrid& grid,
-                    const DrawnDepths* drawn, std::vector<uint64_t>& seen) {
+                    const DrawnDepths* drawn, oxRegionMasks& seen) {
   const auto& indices = batch.indices;
   bool narrowed = false;
   for (size_t t = piece.first; t < piece.end; ++t) {
@@ -187,9 +187,8 @@ oxRenderScene Occluders(const oxRenderScene& scene, const std::vector<uint64_t>&
 
 }  // namespace
 
-std::vector<std::vector<uint64_t>> SeenTriangles(const oxRenderScene& scene,
-                                                 const oxRenderView& view, int width, int height,
-                                                 const oxDepthDrawing& drawDepths) {
+std::vector<oxRegionMasks> SeenTriangles(const oxRenderScene& scene, const oxRenderView& view,
+                                         int width, int height, const oxDepthDrawing& drawDepths) {
   const oxGLMatrix clip = Product(view.projection, view.view);
   // Batches of one mesh share its vertices: each is placed once.
   std::unordered_map<const oxRenderVertices*, size_t> slots;
@@ -209,11 +208,11 @@ std::vector<std::vector<uint64_t>> SeenTriangles(const oxRenderScene& scene,
   // the far plane's everywhere and hide nothing: they are not drawn.
   const std::vector<uint64_t> owners = grid.Owners();
   if (drawDepths && !owners.empty()) {
-    std::vector<float> depths = drawDepths(Occluders(scene, owners));
+    OxKernel::oxArray<float> depths = drawDepths(Occluders(scene, owners));
     if (depths.size() == static_cast<size_t>(width) * static_cast<size_t>(height))
       drawn.emplace(std::move(depths), width, height);
   }
-  std::vector<std::vector<uint64_t>> seen(scene.batches.size());
+  std::vector<oxRegionMasks> seen(scene.batches.size());
   std::vector<size_t> judged(scene.batches.size(), 0);
   for (size_t i = 0; i < scene.batches.size(); ++i) {
     const oxRenderBatch& batch = scene.batches[i];
@@ -241,7 +240,7 @@ std::vector<std::vector<uint64_t>> SeenTriangles(const oxRenderScene& scene,
   return seen;
 }
 
-std::vector<uint64_t> KeptRegions(const std::vector<uint64_t>& masks) {
+std::vector<uint64_t> KeptRegions(const oxRegionMasks& masks) {
   std::vector<uint64_t> regions;
   if (std::all_of(masks.begin(), masks.end(),
                   [](uint64_t mask) { return mask == 0 || mask == kEveryRegion; }))
@@ -251,10 +250,10 @@ std::vector<uint64_t> KeptRegions(const std::vector<uint64_t>& masks) {
   return regions;
 }
 
-void KeepTriangles(oxRenderBatch& batch, const std::vector<uint64_t>& masks) {
+void KeepTriangles(oxRenderBatch& batch, const oxRegionMasks& masks) {
   if (batch.lines) return;
   auto& indices = batch.indices;
-  std::vector<uint64_t> kept;
+  oxRegionMasks kept;
   for (size_t t = 0; t < masks.size() && 3 * t + 3 <= indices.size(); ++t) {
     if (masks[t] == 0) continue;
     std::copy_n(&indices[3 * t], 3, &indices[3 * kept.size()]);
@@ -266,8 +265,7 @@ void KeepTriangles(oxRenderBatch& batch, const std::vector<uint64_t>& masks) {
 
 void DropUnseenTriangles(oxRenderScene& scene, const oxRenderView& view, int width, int height,
                          const oxDepthDrawing& drawDepths) {
-  const std::vector<std::vector<uint64_t>> seen =
-      SeenTriangles(scene, view, width, height, drawDepths);
+  const std::vector<oxRegionMasks> seen = SeenTriangles(scene, view, width, height, drawDepths);
   for (size_t i = 0; i < scene.batches.size(); ++i)
     KeepTriangles(scene.batches[i], seen[i]);
 }

@@ -102,7 +102,7 @@ float RowRuns::Over(int row, int first, int last) const {
                   level[start + static_cast<size_t>(last - (1 << k) + 1)]);
 }
 
-DrawnDepths::DrawnDepths(std::vector<float> depths, int width, int height)
+DrawnDepths::DrawnDepths(OxKernel::oxArray<float> depths, int width, int height)
     : m_cells(width, height), m_depths(std::move(depths)), m_farthest(m_cells.Count(), 0.0f) {
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x) {

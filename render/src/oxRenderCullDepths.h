@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <vector>
 
+#include <oxKernel/oxContainers.h>
+
 #include "oxRenderCullWindow.h"
 
 namespace OxDAERender::cull {
@@ -86,7 +88,7 @@ class DrawnDepths {
   static constexpr double kRunRounding = 1e-6;
 
   // `depths` holds width x height values, the bottom row first.
-  DrawnDepths(std::vector<float> depths, int width, int height);
+  DrawnDepths(OxKernel::oxArray<float> depths, int width, int height);
 
   // The regions of `reach` where the triangle does not lie beyond the
   // buffer at every pixel centre it may colour: judged a row of cells at
@@ -106,9 +108,9 @@ class DrawnDepths {
   }
 
   Cells m_cells;
-  std::vector<float> m_depths;    // bottom row first
-  std::vector<float> m_farthest;  // per cell
-  RowRuns m_farthestInRow;        // of m_farthest
+  OxKernel::oxArray<float> m_depths;  // bottom row first
+  std::vector<float> m_farthest;      // per cell
+  RowRuns m_farthestInRow;            // of m_farthest
 };
 
 }  // namespace OxDAERender::cull

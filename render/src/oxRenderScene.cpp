@@ -473,7 +473,7 @@ class Gatherer {
     for (MeshJob& job : m_jobs)
       AddBatches(job);
     if (!m_seen) return;
-    std::vector<std::vector<uint64_t>> seen = m_seen(m_scene);
+    std::vector<oxRegionMasks> seen = m_seen(m_scene);
     if (seen.size() != m_scene.batches.size()) seen.assign(m_scene.batches.size(), {});
     OxKernel::oxParallelFor(m_jobs.size(), [&](size_t i) { CutSeen(m_jobs[i], seen); });
     for (MeshJob& job : m_jobs) {
@@ -565,11 +565,11 @@ class Gatherer {
 
   // The job's kept triangles (those of nonzero masks) cut and placed, once
   // SeenTriangles has judged its outline's.
-  void CutSeen(MeshJob& job, const std::vector<std::vector<uint64_t>>& seen) const {
+  void CutSeen(MeshJob& job, const std::vector<oxRegionMasks>& seen) const {
     if (!job.corners) return;
     for (size_t p = 0; p < job.batches.size(); ++p) {
       if (job.batches[p] == SIZE_MAX) continue;
-      const std::vector<uint64_t>& masks = seen[job.batches[p]];
+      const oxRegionMasks& masks = seen[job.batches[p]];
       std::vector<bool>& keep = job.corners->parts[p].keep;
       keep.resize(masks.size());
       for (size_t t = 0; t < masks.size(); ++t)

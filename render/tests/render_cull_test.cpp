@@ -105,11 +105,10 @@ TEST(RenderCull, SeenTrianglesGivesTheRegionsDroppingWouldKeep) {
   oxRenderScene scene;
   scene.batches.push_back(Batch(vertices, {0, 1, 1, 2}, true));
   scene.batches.push_back(Batch(vertices, {0, 1, 7, 0, 1, 2}));
-  const std::vector<std::vector<uint64_t>> seen =
-      SeenTriangles(scene, oxRenderView{}, kSide, kSide);
+  const std::vector<oxRegionMasks> seen = SeenTriangles(scene, oxRenderView{}, kSide, kSide);
   ASSERT_EQ(seen.size(), 2u);
-  EXPECT_EQ(seen[0], (std::vector<uint64_t>{kEveryRegion, kEveryRegion}));
-  EXPECT_EQ(seen[1], (std::vector<uint64_t>{kEveryRegion, 0}));
+  EXPECT_EQ(seen[0], (oxRegionMasks{kEveryRegion, kEveryRegion}));
+  EXPECT_EQ(seen[1], (oxRegionMasks{kEveryRegion, 0}));
   KeepTriangles(scene.batches[1], seen[1]);
   EXPECT_EQ(Indices(scene.batches[1]), (std::vector<uint32_t>{0, 1, 7}));
   EXPECT_TRUE(scene.batches[1].regions.empty());
@@ -321,7 +320,7 @@ TEST(RenderCull, CrowdBehindDrawnDepthsKeepsFewerAndTheSamePicture) {
 // (23.5, 23.5); the near one covers the whole picture at window depth 0.25
 // and is the only triangle that sets a cell's depth.
 std::vector<uint32_t> KeptBehindDrawnDepths(
-    const std::vector<float>& depths, std::vector<uint32_t>& occluders,
+    const OxKernel::oxArray<float>& depths, std::vector<uint32_t>& occluders,
     const std::vector<float>& far = {-0.5f, -0.5f, 0.5f, 0.5f, -0.5f, 0.5f, 0.0f, 0.5f, 0.5f}) {
   oxRenderScene scene;
   scene.batches.push_back(Batch(Vertices(Join(Cover(-0.5f), far)), {0, 1, 2, 3, 4, 5}));
@@ -335,17 +334,17 @@ std::vector<uint32_t> KeptBehindDrawnDepths(
 }
 
 // Window depth 0.25 everywhere but at one pixel, where nothing was drawn.
-std::vector<float> DepthsWithAHole(int x, int y) {
-  std::vector<float> depths(kOcclusionSide * kOcclusionSide, 0.25f);
+OxKernel::oxArray<float> DepthsWithAHole(int x, int y) {
+  OxKernel::oxArray<float> depths(kOcclusionSide * kOcclusionSide, 0.25f);
   depths[static_cast<size_t>(y * kOcclusionSide + x)] = 1.0f;
   return depths;
 }
 
 TEST(RenderCull, TriangleBehindTheDrawnDepthsEverywhereIsDropped) {
   std::vector<uint32_t> occluders;
-  EXPECT_EQ(
-      KeptBehindDrawnDepths(std::vector<float>(kOcclusionSide * kOcclusionSide, 0.25f), occluders),
-      (std::vector<uint32_t>{0, 1, 2}));
+  EXPECT_EQ(KeptBehindDrawnDepths(OxKernel::oxArray<float>(kOcclusionSide * kOcclusionSide, 0.25f),
+                                  occluders),
+            (std::vector<uint32_t>{0, 1, 2}));
   EXPECT_EQ(occluders, (std::vector<uint32_t>{0, 1, 2}));
 }
 
@@ -386,7 +385,7 @@ TEST(RenderCull, NoTriangleCoveringACellAsksForNoDepths) {
   DropUnseenTriangles(scene, oxRenderView{}, kOcclusionSide, kOcclusionSide,
                       [&](const oxRenderScene&) {
                         ++asked;
-                        return std::vector<float>{};
+                        return OxKernel::oxArray<float>{};
                       });
   EXPECT_EQ(asked, 0);
   EXPECT_EQ(Indices(scene.batches[0]), (std::vector<uint32_t>{0, 1, 2}));
@@ -408,7 +407,7 @@ TEST(RenderCull, RendererDrawsTheDepthOfOpaqueTriangles) {
             {0, 1, 2, 0, 2, 3}));
   oxOffscreenRenderer renderer(kSide, kSide);
   ASSERT_TRUE(renderer.IsValid());
-  const std::vector<float> depths = renderer.Depths(scene, oxRenderView{});
+  const OxKernel::oxArray<float> depths = renderer.Depths(scene, oxRenderView{});
   ASSERT_EQ(depths.size(), static_cast<size_t>(kSide * kSide));
   EXPECT_NEAR(depths[0], 0.5f, 1e-6f);
   EXPECT_NEAR(depths[kSide * kSide - kSide + 3], 0.5f, 1e-6f);

@@ -15,7 +15,7 @@ using namespace OxDAERender;
 
 constexpr int kSide = 64;
 
-using Masks = std::vector<std::vector<uint64_t>>;
+using Masks = std::vector<oxRegionMasks>;
 
 // A document loaded from the body of a <COLLADA> element.
 struct Loaded {

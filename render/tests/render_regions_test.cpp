@@ -68,10 +68,9 @@ TEST(RenderRegions, RegionSpansAreWholeCells) {
 // the right half; the left half shows wherever its bounds reach.
 TEST(RenderRegions, HiddenRegionsAreLeftOutOfATrianglesMask) {
   const oxRenderScene scene = CoverAndLeftHalf(0.5f, -0.5f);
-  const std::vector<std::vector<uint64_t>> seen =
-      SeenTriangles(scene, oxRenderView{}, kPicture, kPicture);
+  const std::vector<oxRegionMasks> seen = SeenTriangles(scene, oxRenderView{}, kPicture, kPicture);
   ASSERT_EQ(seen.size(), 1u);
-  EXPECT_EQ(seen[0], (std::vector<uint64_t>{Columns(4, 7), Columns(0, 3)}));
+  EXPECT_EQ(seen[0], (oxRegionMasks{Columns(4, 7), Columns(0, 3)}));
 }
 
 // The near cover hides the far left half, and is itself hidden nowhere its

@@ -72,6 +72,28 @@ TEST(RenderCube, WarmedUpContextDrawsWhatANewOneDraws) {
   EXPECT_TRUE(warmed.rgba == fresh.rgba);
 }
 
+// Prepared for pictures of the size drawn, the first renderer also takes
+// the colour buffer Prepare's thread drew its triangle into at that size:
+// its picture is still that of a new context, pixel for pixel.
+TEST(RenderCube, ContextWarmedUpAtThePictureSizeDrawsWhatANewOneDraws) {
+  oxOffscreenRenderer::Prepare(kSide, kSide);
+  const oxPicture warmed = Render(rendertest::TurningCube());
+  const oxPicture fresh = Render(rendertest::TurningCube());
+  EXPECT_TRUE(IsMostly(warmed.Pixel(kSide / 2, kSide / 2), 0));
+  EXPECT_TRUE(warmed.rgba == fresh.rgba);
+}
+
+// Prepared for another size, the first renderer takes the context but
+// makes a buffer of its own size.
+TEST(RenderCube, ContextWarmedUpAtAnotherSizeDrawsWhatANewOneDraws) {
+  oxOffscreenRenderer::Prepare(2 * kSide, kSide / 2);
+  const oxPicture warmed = Render(rendertest::TurningCube());
+  const oxPicture fresh = Render(rendertest::TurningCube());
+  ASSERT_EQ(warmed.width, kSide);
+  EXPECT_TRUE(IsMostly(warmed.Pixel(kSide / 2, kSide / 2), 0));
+  EXPECT_TRUE(warmed.rgba == fresh.rgba);
+}
+
 // A process that prepares the renderer in a Preparation scope and ends soon
 // after leaving it ends cleanly: were it to end while the drawing module
 // is being mapped, exit would destroy the module's static objects under the

@@ -5,6 +5,8 @@
 #include <memory>
 #include <vector>
 
+#include <oxKernel/oxContainers.h>
+
 #include "oxDAERender/oxRenderPicture.h"
 #include "oxDAERender/oxRenderScene.h"
 #include "oxDAERender/oxRenderView.h"
@@ -36,25 +38,29 @@ class oxOffscreenRenderer {
   // at once, so that a caller can load its document meanwhile. That thread
   // then makes a context and draws one lit triangle with it, and its depth
   // alone as Depths does, which compiles the programs most pictures use
-  // (about 0.1 s). The first renderer made afterwards waits for that thread
-  // and takes the context; later ones make their own. Calling it again does
+  // (about 0.1 s). With a size (`width` x `height` from 1 to 8192 pixels;
+  // none by default), it draws the same again at that size, which makes
+  // the buffers pictures of that size need while the caller still loads.
+  // The first renderer made afterwards waits for that thread and takes the
+  // context, and its colour buffer when of the renderer's size; later ones
+  // make their own. Calling it again does
   // nothing. It reports nothing: a module that cannot be loaded is reported
   // when a renderer is made. A process that calls it must not end before
   // FinishPreparing() (or the making of a renderer) has returned: exit
   // would destroy the module's static objects while that thread still
   // builds them, and could hang there.
-  static void Prepare();
+  static void Prepare(int width = 0, int height = 0);
 
   // Returns once the thread Prepare() started, if any, has finished; at
   // once when there is none. Making a renderer calls it.
   static void FinishPreparing();
 
-  // Calls Prepare() when made and FinishPreparing() when it goes, so that
-  // no way out of its scope (an early return, an exception) lets the
-  // process end while the module is being mapped.
+  // Calls Prepare(width, height) when made and FinishPreparing() when it
+  // goes, so that no way out of its scope (an early return, an exception)
+  // lets the process end while the module is being mapped.
   class Preparation {
    public:
-    Preparation() { Prepare(); }
+    explicit Preparation(int width = 0, int height = 0) { Prepare(width, height); }
     ~Preparation() { FinishPreparing(); }
     Preparation(const Preparation&) = delete;
     Preparation& operator=(const Preparation&) = delete;
@@ -78,8 +84,9 @@ class oxOffscreenRenderer {
   // seen through `view`: width x height window depths (0 at the near
   // plane, 1 at the far one, 1 where nothing was drawn), the bottom row
   // first. Empty when the renderer is not valid. The next Draw starts
-  // afresh.
-  std::vector<float> Depths(const oxRenderScene& scene, const oxRenderView& view);
+  // afresh. In the host's large-page arrays: a large picture's depths are
+  // megabytes, written at once.
+  OxKernel::oxArray<float> Depths(const oxRenderScene& scene, const oxRenderView& view);
 
  private:
   struct Context;

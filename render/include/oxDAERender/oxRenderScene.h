@@ -66,6 +66,11 @@ inline constexpr int kRenderCell = 8;
 inline constexpr int kRegionSide = 8;
 inline constexpr uint64_t kEveryRegion = ~uint64_t{0};
 
+// A region mask per triangle of a batch, in the host's large-page arrays:
+// a large scene's masks are megabytes written at once, which faulted in
+// a small page at a time would cost more than judging the triangles.
+using oxRegionMasks = OxKernel::oxArray<uint64_t>;
+
 // The pixels [first, end) of the regions numbered `index` along an axis of
 // `extent` pixels: the cells c for which c * kRegionSide / cells is
 // `index`, cells being the number of cells along the axis (the last one
@@ -203,8 +208,7 @@ enum oxRenderResult : int {
 // left empty. A geometry instanced more than once, and one without normals
 // (which are made from every triangle around a vertex), is cut whole and
 // then loses the others.
-using oxSeenTriangles =
-    std::function<std::vector<std::vector<uint64_t>>(const oxRenderScene& outline)>;
+using oxSeenTriangles = std::function<std::vector<oxRegionMasks>(const oxRenderScene& outline)>;
 int GatherScene(const OxDAEReader::oxDAEFile& document, const oxRenderSceneOptions& options,
                 oxRenderScene& scene, const oxSeenTriangles& seen = {});
 

@@ -7,6 +7,8 @@
 #include <functional>
 #include <vector>
 
+#include <oxKernel/oxContainers.h>
+
 #include "oxDAERender/oxRenderScene.h"
 
 namespace OxDAERender {
@@ -44,7 +46,7 @@ oxRenderView ViewOf(const oxRenderScene& scene, int width, int height, bool yUp)
 // vertices) as oxOffscreenRenderer::Depths does, for the same view and
 // picture size; returns width x height depths, the bottom row first, or
 // nothing when it cannot draw.
-using oxDepthDrawing = std::function<std::vector<float>(const oxRenderScene& occluders)>;
+using oxDepthDrawing = std::function<OxKernel::oxArray<float>(const oxRenderScene& occluders)>;
 
 // Drops from the triangle batches of `scene` every triangle that cannot
 // colour a pixel of a `width` x `height` picture seen through `view`: those
@@ -95,19 +97,19 @@ void DropUnseenTriangles(oxRenderScene& scene, const oxRenderView& view, int wid
 // nowhere (kEveryRegion per segment of a batch of lines, for a triangle
 // whose corners lie past the vertices or reach behind the eye, and for
 // every triangle of a batch that keeps no regions).
-std::vector<std::vector<uint64_t>> SeenTriangles(const oxRenderScene& scene,
-                                                 const oxRenderView& view, int width, int height,
-                                                 const oxDepthDrawing& drawDepths = {});
+std::vector<oxRegionMasks> SeenTriangles(const oxRenderScene& scene, const oxRenderView& view,
+                                         int width, int height,
+                                         const oxDepthDrawing& drawDepths = {});
 
 // The nonzero `masks` in order: the regions of the triangles they keep;
 // none when each of them is kEveryRegion.
-std::vector<uint64_t> KeptRegions(const std::vector<uint64_t>& masks);
+std::vector<uint64_t> KeptRegions(const oxRegionMasks& masks);
 
 // Keeps in `batch` only the triangles of nonzero `masks`, in their order,
 // and their masks as the batch's regions (none when every kept mask is
 // kEveryRegion); a triangle past the masks is dropped. A batch of lines is
 // left as it is.
-void KeepTriangles(oxRenderBatch& batch, const std::vector<uint64_t>& masks);
+void KeepTriangles(oxRenderBatch& batch, const oxRegionMasks& masks);
 
 // The inverse of `m` (a general 4 x 4 inverse); the identity when `m` is
 // singular.

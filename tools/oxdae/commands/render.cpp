@@ -75,9 +75,10 @@ int RunRender(const RenderOptions& options) {
   int height = 512;
   if (!options.sheet.empty() && options.size.empty()) width = height = 128;
   if (!options.size.empty()) ParseSize(options.size, width, height);
-  // The drawing module is mapped while the document loads, and waited for
-  // before the command returns, whichever way it does.
-  const OxDAERender::oxOffscreenRenderer::Preparation preparation;
+  // The drawing module is mapped, and its buffers made for pictures of this
+  // size, while the document loads; it is waited for before the command
+  // returns, whichever way it does.
+  const OxDAERender::oxOffscreenRenderer::Preparation preparation(width, height);
   if (!options.sheet.empty()) return RunSheet(options, width, height);
   LogCounter log;
   OxDAEReader::oxDAEFile document;
