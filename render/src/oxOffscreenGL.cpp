@@ -111,21 +111,35 @@ void UseMaterial(const oxRenderMaterial& material, const oxRenderBatch& batch,
 // regions share no pixel, so each pixel sees the same triangles in the same
 // order as in one draw, less those culling found hidden there.
 void DrawByRegions(const oxRenderBatch& batch, int width, int height) {
-  std::array<std::vector<uint32_t>, kRegionSide * kRegionSide> lists;
+  constexpr size_t kRegions = kRegionSide * kRegionSide;
+  // The regions' lists of corners side by side in one array, each sized
+  // first: lists grown a triangle at a time would each be copied into fresh
+  // memory at every doubling, and fresh pages cost a fault apiece.
+  std::array<size_t, kRegions + 1> start{};
+  for (const uint64_t regions : batch.regions) {
+    for (uint64_t mask = regions; mask != 0; mask &= mask - 1)
+      start[static_cast<size_t>(std::countr_zero(mask)) + 1] += 3;
+  }
+  for (size_t region = 0; region < kRegions; ++region)
+    start[region + 1] += start[region];
+  OxKernel::oxArray<uint32_t> corners(start[kRegions]);
+  std::array<size_t, kRegions> end;
+  std::copy_n(start.begin(), kRegions, end.begin());
   for (size_t t = 0; t < batch.regions.size(); ++t) {
     for (uint64_t mask = batch.regions[t]; mask != 0; mask &= mask - 1) {
-      std::vector<uint32_t>& list = lists[static_cast<size_t>(std::countr_zero(mask))];
-      list.insert(list.end(), &batch.indices[3 * t], &batch.indices[3 * t + 3]);
+      size_t& at = end[static_cast<size_t>(std::countr_zero(mask))];
+      std::copy_n(&batch.indices[3 * t], 3, &corners[at]);
+      at += 3;
     }
   }
   glEnable(GL_SCISSOR_TEST);
-  for (size_t region = 0; region < lists.size(); ++region) {
-    if (lists[region].empty()) continue;
+  for (size_t region = 0; region < kRegions; ++region) {
+    if (start[region + 1] == start[region]) continue;
     const auto [left, right] = RegionSpan(static_cast<int>(region) % kRegionSide, width);
     const auto [bottom, top] = RegionSpan(static_cast<int>(region) / kRegionSide, height);
     glScissor(left, bottom, right - left, top - bottom);
-    glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(lists[region].size()), GL_UNSIGNED_INT,
-                   lists[region].data());
+    glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(start[region + 1] - start[region]),
+                   GL_UNSIGNED_INT, &corners[start[region]]);
   }
   glDisable(GL_SCISSOR_TEST);
 }

@@ -8,14 +8,17 @@
 #include <string_view>
 #include <vector>
 
+#include <oxKernel/oxContainers.h>
+
 namespace OxDAERender {
 
-// 8-bit RGBA pixels, the top row first, as PNG files hold them. Empty
-// (0 x 0) by default.
+// 8-bit RGBA pixels, the top row first, as PNG files hold them, in the
+// host's large-page arrays (a picture's megabytes are written at once).
+// Empty (0 x 0) by default.
 struct oxPicture {
   int width = 0;
   int height = 0;
-  std::vector<uint8_t> rgba;
+  OxKernel::oxArray<uint8_t> rgba;
 
   oxPicture() = default;
   // A `width` x `height` picture filled with `fill`.
