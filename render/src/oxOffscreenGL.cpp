@@ -231,8 +231,9 @@ void DrawDepths(const oxRenderScene& scene, const oxRenderView& view, int width,
   glReadPixels(0, 0, width, height, GL_DEPTH_COMPONENT, GL_FLOAT, depths);
 }
 
-// The context oxRenderGLWarmUp made, with the colour buffer it last drew
-// into when that was at the size asked for (empty, and no size, else).
+// The context oxRenderGLWarmUp made, with the colour buffer it drew into
+// at the size asked for, and that size (no size when none was asked for
+// or the context could not draw at it).
 struct WarmContext {
   OSMesaContext context = nullptr;
   std::vector<uint8_t> buffer;
@@ -271,6 +272,10 @@ struct GLContext {
   int width = 0;
   int height = 0;
   std::vector<uint8_t> buffer;
+  // The buffer the warm-up last drew into, when of another size: the
+  // context may keep its address until it is next made current, so it
+  // lives as long as the context. Empty otherwise.
+  std::vector<uint8_t> warmBuffer;
 };
 
 }  // namespace OxDAERender
@@ -310,14 +315,13 @@ __attribute__((visibility("default"))) void oxRenderGLWarmUp(int width, int heig
       DrawWarmUpTriangle(width, height);
       warm.width = width;
       warm.height = height;
-    } else {
-      warm.buffer.clear();
     }
   }
   OSMesaMakeCurrent(nullptr, nullptr, 0, 0, 0);
   const std::lock_guard<std::mutex> lock(g_warmLock);
-  if (OSMesaContext unused = std::exchange(g_warm, std::move(warm)).context)
-    OSMesaDestroyContext(unused);
+  // A context warmed up before and never taken goes before its buffer.
+  const WarmContext unused = std::exchange(g_warm, std::move(warm));
+  if (unused.context) OSMesaDestroyContext(unused.context);
 }
 
 // A context for pictures of `width` x `height`: the warmed-up one when there
@@ -333,7 +337,11 @@ __attribute__((visibility("default"))) void* oxRenderGLCreate(int width, int hei
   if (!context->context) return nullptr;
   context->width = width;
   context->height = height;
-  if (warm.width == width && warm.height == height) context->buffer = std::move(warm.buffer);
+  if (warm.width == width && warm.height == height) {
+    context->buffer = std::move(warm.buffer);
+  } else {
+    context->warmBuffer = std::move(warm.buffer);
+  }
   context->buffer.resize(static_cast<size_t>(width) * height * 4);
   return context.release();
 }
