@@ -361,6 +361,9 @@ void FillGroup(const std::vector<Member>& members, oxMeshGroup& group, const Tri
   // Room for the kept corners only: a table sized for every corner of a
   // mesh mostly dropped would cost more to clear than the cut itself.
   if (filtered) corners = 3 * KeptTriangles(*flags, firstTriangle, corners / 3);
+  // A group none of whose triangles is kept is not walked at all: passing
+  // over the corners of a large, wholly hidden mesh costs milliseconds.
+  if (filtered && corners == 0) return;
   group.indices.reserve(corners);
   group.vertices.Reserve(corners);
   size_t corner = firstTriangle * 3;

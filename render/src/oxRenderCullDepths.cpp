@@ -80,8 +80,8 @@ std::vector<uint64_t> OcclusionGrid::Owners() const {
   return owners;
 }
 
-RowRuns::RowRuns(const std::vector<float>& values, int columns) : m_columns(columns) {
-  m_levels.push_back(values);
+RowRuns::RowRuns(std::vector<float> values, int columns) : m_columns(columns) {
+  m_levels.push_back(std::move(values));
   for (int span = 2; span <= columns; span *= 2) {
     const std::vector<float>& below = m_levels.back();
     std::vector<float> level(below.size());
@@ -103,14 +103,15 @@ float RowRuns::Over(int row, int first, int last) const {
 }
 
 DrawnDepths::DrawnDepths(OxKernel::oxArray<float> depths, int width, int height)
-    : m_cells(width, height), m_depths(std::move(depths)), m_farthest(m_cells.Count(), 0.0f) {
+    : m_cells(width, height), m_depths(std::move(depths)) {
+  std::vector<float> farthest(m_cells.Count(), 0.0f);
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x) {
-      float& farthest = m_farthest[m_cells.Index(x / kCell, y / kCell)];
-      farthest = std::max(farthest, At(x, y));
+      float& cell = farthest[m_cells.Index(x / kCell, y / kCell)];
+      cell = std::max(cell, At(x, y));
     }
   }
-  m_farthestInRow = RowRuns(m_farthest, m_cells.columns);
+  m_farthest = RowRuns(std::move(farthest), m_cells.columns);
 }
 
 uint64_t DrawnDepths::Shown(const WindowVertex& a, const WindowVertex& b, const WindowVertex& c,
@@ -120,10 +121,10 @@ uint64_t DrawnDepths::Shown(const WindowVertex& a, const WindowVertex& b, const 
   return ShownRegions(
       *footprint, m_cells, reach,
       [this](int first, int last, int row, double nearest) {
-        return nearest > m_farthestInRow.Over(row, first, last) + kDepthMargin;
+        return nearest > m_farthest.Over(row, first, last) + kDepthMargin;
       },
       [this, &footprint](int column, int row, double nearest) {
-        return nearest > m_farthest[m_cells.Index(column, row)] + kDepthMargin ||
+        return nearest > m_farthest.Over(row, column, column) + kDepthMargin ||
                HiddenAtEveryCentre(column, row, *footprint);
       });
 }

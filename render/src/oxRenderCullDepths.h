@@ -64,7 +64,7 @@ class OcclusionGrid {
 class RowRuns {
  public:
   RowRuns() = default;
-  RowRuns(const std::vector<float>& values, int columns);
+  RowRuns(std::vector<float> values, int columns);
 
   // The greatest value of row `row` from column `first` to `last`.
   float Over(int row, int first, int last) const;
@@ -109,8 +109,7 @@ class DrawnDepths {
 
   Cells m_cells;
   OxKernel::oxArray<float> m_depths;  // bottom row first
-  std::vector<float> m_farthest;      // per cell
-  RowRuns m_farthestInRow;            // of m_farthest
+  RowRuns m_farthest;                 // per cell, and over runs of a row's cells
 };
 
 }  // namespace OxDAERender::cull

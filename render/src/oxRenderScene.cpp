@@ -564,27 +564,16 @@ class Gatherer {
   }
 
   // The job's kept triangles (those of nonzero masks) cut and placed, once
-  // SeenTriangles has judged its outline's. A mesh with none kept is not
-  // cut at all (passing over its corners costs milliseconds for a large
-  // one): its parts are left empty, and their batches dropped.
+  // SeenTriangles has judged its outline's.
   void CutSeen(MeshJob& job, const std::vector<oxRegionMasks>& seen) const {
     if (!job.corners) return;
-    bool anyKept = false;
     for (size_t p = 0; p < job.batches.size(); ++p) {
       if (job.batches[p] == SIZE_MAX) continue;
       const oxRegionMasks& masks = seen[job.batches[p]];
       std::vector<bool>& keep = job.corners->parts[p].keep;
       keep.resize(masks.size());
-      // No masks keep every triangle (see oxMeshCorners::Part::keep).
-      anyKept = anyKept || masks.empty();
-      for (size_t t = 0; t < masks.size(); ++t) {
+      for (size_t t = 0; t < masks.size(); ++t)
         keep[t] = masks[t] != 0;
-        anyKept = anyKept || keep[t];
-      }
-    }
-    if (!anyKept) {
-      job.parts.assign(job.corners->parts.size(), {});
-      return;
     }
     oxMeshTriangles mesh = OxDAEConvert::MeshTriangles(*job.geometry, *job.corners);
     if (job.morph) ApplyMorph(*job.morph, mesh.positions, mesh.positionRecords);

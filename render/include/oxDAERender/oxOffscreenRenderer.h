@@ -43,12 +43,12 @@ class oxOffscreenRenderer {
   // the buffers pictures of that size need while the caller still loads.
   // The first renderer made afterwards waits for that thread and takes the
   // context, and its colour buffer when of the renderer's size; later ones
-  // make their own. Calling it again does
-  // nothing. It reports nothing: a module that cannot be loaded is reported
-  // when a renderer is made. A process that calls it must not end before
-  // FinishPreparing() (or the making of a renderer) has returned: exit
-  // would destroy the module's static objects while that thread still
-  // builds them, and could hang there.
+  // make their own. Calling it again does nothing. It reports nothing: a
+  // module that cannot be loaded is reported when a renderer is made. A
+  // process that calls it must not end before FinishPreparing() (or the
+  // making of a renderer) has returned: exit would destroy the module's
+  // static objects while that thread still builds them, and could hang
+  // there.
   static void Prepare(int width = 0, int height = 0);
 
   // Returns once the thread Prepare() started, if any, has finished; at
